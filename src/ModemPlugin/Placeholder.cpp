@@ -1,0 +1,1 @@
+// stands in until the room has its first source
