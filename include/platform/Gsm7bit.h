@@ -35,3 +35,11 @@ PLATFORM_API int Gsm7ExtCodeOf(VELK_wchar_t ch, SMS_NLI_SIGNLE enSingle);
 /// The tables themselves, 128 entries.
 PLATFORM_API const VELK_wchar_t* Gsm7Table(SMS_NLI_LOCK enLock);
 PLATFORM_API const VELK_wchar_t* Gsm7ExtTable(SMS_NLI_SIGNLE enSingle);
+
+/// For callers that classify many characters: one look-up each instead of two calls into the library.
+/// @return 65,536 entries, the index is the UTF-16 unit, for the alphabets in force at the call: 0 where
+///         GSM_7DefaultAlphabet() holds, else 1 where GSM_7ExtAlphabet() holds, else 3 (never null). The table stays
+///         valid and unchanged as long as the library is loaded; a change of m_bHaveCustomize or m_stNLI_flag yields
+///         another one, so fetch it once a text, not once a process. Built at the first call of each choice (64 KiB),
+///         without a lock after that.  [any-thread]
+PLATFORM_API const BYTE* Gsm7ClassTable();
