@@ -1,0 +1,53 @@
+#include "HostOptions.h"
+
+#include "platform/GlobalFunction.h"
+#include "platform/PlatformPaths.h"
+#include "platform/TraceSrv.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+namespace host {
+
+namespace {
+
+VELK_wstring ToUtf16(const std::string& text) {
+  const int length = CGlobalFunction::MultiByteToWideChar(text.c_str(), nullptr, 0, 0);
+  VELK_wstring wide(static_cast<std::size_t>(length), 0);
+  CGlobalFunction::MultiByteToWideChar(text.c_str(), &wide[0], length, 0);
+  return wide;
+}
+
+}  // namespace
+
+void AddHostOptions(CLI::App& app, HostOptions& options) {
+  app.add_option("--device", options.device, "the modem's port, for example /dev/ttyUSB2")
+      ->envname("SMS_DEVICE")
+      ->type_name("PATH");
+  app.add_option("--config", options.settingsFile, "settings file")->envname("SMS_CONFIG")->type_name("FILE");
+  app.add_option("--data-dir", options.dataDir, "folder of the message database")
+      ->envname("SMS_DATA_DIR")
+      ->type_name("DIR");
+  app.add_option("--log-file", options.logFile, "trace file")->envname("SMS_LOG_FILE")->type_name("FILE");
+  app.add_flag("--verbose", options.verbose, "show the trace on the terminal too");
+}
+
+void ApplyHostOptions(const HostOptions& options, const std::string& program) {
+  PlatformPaths paths;
+  paths.strSettingsFile = options.settingsFile;
+  paths.strUserDataDir = options.dataDir;
+  paths.strLogFile = options.logFile;
+  SetPlatformPaths(paths);
+  if (!options.device.empty()) {
+    CGlobalFunction::OverrideSetting(u"ModemPlugin", u"Device", ToUtf16(options.device).c_str());
+  }
+  if (options.verbose) {
+    TraceSrv_SetLevel(Tracelevel::TL_INFO);
+  }
+  TraceSrv_SetSink(options.verbose ? Tracelevel::TL_INFO : Tracelevel::TL_CRIT,
+                   [program](Tracelevel::TraceLevel, const std::string&, const std::string& text) {
+                     std::fprintf(stderr, "%s: %s\n", program.c_str(), text.c_str());
+                   });
+}
+
+}  // namespace host

@@ -1,0 +1,8 @@
+// The version of the programs.
+#pragma once
+
+namespace host {
+
+constexpr const char kVersionLine[] = "SmsAppPlugin " SMS_VERSION;
+
+}  // namespace host
