@@ -13,7 +13,6 @@ enum class PduError {
   TooLong,               // more text, octets or header than one TPDU carries, or an address of more than 20 digits
   UnencodableCharacter,  // a character that the chosen alphabet does not have
   UnencodableAddress,    // an address that is neither digits nor writable in the GSM 7-bit alphabet
-  Unsupported,           // TP-DCS asks for compressed text
   BufferTooSmall,        // the caller's buffer ends before the TPDU does
 };
 
@@ -25,10 +24,11 @@ enum Defect : unsigned {
   kDefectNone = 0,
   kDefectTimeStamp = 1U << 0,    // digits that make no time: that time is all zero
   kDefectUserDataCut = 1U << 1,  // TP-UDL counts more than is there, or than a TPDU carries: the text ends early
-  kDefectHeader = 1U << 2,       // the user data header is cut or an element runs past its end: what is whole, counts
-  kDefectAddress = 1U << 3,      // an address longer than 20 digits: cut
-  kDefectTrailing = 1U << 4,     // octets behind the end of the message: left out
-  kDefectReservedType = 1U << 5  // reserved TP-MTI: read as SMS-DELIVER (3GPP TS 23.040 9.2.3.1)
+  kDefectHeader = 1U << 2,   // the header runs past the user data (and reads as content), or an element past the header
+  kDefectAddress = 1U << 3,  // an end mark among the digits of an address: the number ends there
+  kDefectTrailing = 1U << 4,      // octets behind the end of the message: left out
+  kDefectReservedType = 1U << 5,  // reserved TP-MTI: read as SMS-DELIVER (3GPP TS 23.040 9.2.3.1)
+  kDefectOptionalCut = 1U << 6    // a report that ends before the optional fields it announces
 };
 
 }  // namespace sms_pdu

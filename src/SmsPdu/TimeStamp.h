@@ -20,7 +20,7 @@ struct TimeStamp {
   std::int8_t zoneQuarters = 0;  // quarters of an hour east of UTC, -79..79
 };
 
-/// @return false: the digits make no time, *out is all zero.
+/// @return false: the digits make no time and *out is all zero, or they make no zone and that is 0.
 bool DecodeTimeStamp(const BYTE (&octets)[kTimeStampOctets], TimeStamp* out);
 /// Writes seven zero octets for a time that does not exist.
 void EncodeTimeStamp(const TimeStamp& time, BYTE (&octets)[kTimeStampOctets]);
