@@ -2,7 +2,8 @@
 #
 #   sms_room(NAME LINK ...)        an object library of all sources of the calling folder
 #   sms_plugin(NAME LINK ...)      a plug-in library that exports CreatePlugin and ReleasePlugin and nothing else
-#   sms_test(NAME LINK ...)        a test program of all sources of the calling folder
+#   sms_test(NAME [THREADS] LINK ...)  a test program of all sources of the calling folder; THREADS: worth running under
+#                                      the thread sanitizer
 
 # Flags of our own targets; headers of libraries are SYSTEM and not held to them.
 add_library(sms_flags INTERFACE)
@@ -47,7 +48,7 @@ function(sms_plugin name)
 endfunction()
 
 function(sms_test name)
-  cmake_parse_arguments(TEST "" "" "LINK" ${ARGN})
+  cmake_parse_arguments(TEST "THREADS" "" "LINK" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   if(NOT sources)
     return()
@@ -55,5 +56,9 @@ function(sms_test name)
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${TEST_LINK} sms_test_main sms_flags)
   # one process a test: singletons, settings and the character map live as long as the process
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  set(label single)
+  if(TEST_THREADS)
+    set(label threads)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 240 LABELS ${label})
 endfunction()
