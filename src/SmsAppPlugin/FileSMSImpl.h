@@ -1,0 +1,109 @@
+// The local store: messages in a database on this computer.
+#pragma once
+
+#include "SMSMgr.h"
+#include "ThreadWrappers.h"
+#include "platform/LocalDatabaseMgr.h"
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+class CDatabaseTurn;
+class CSMSRecordImpl;
+class CSMSServiceImpl;
+
+/// Life:    opens the database and starts loading at once; every operation works before the load has ended.
+/// Threads: any. A change waits for a load under way before it touches the set, so that row and set agree.
+///          Order: the turn at the database, m_MutexCombine, m_MutexReadSMS, the set. Clients are called with none.
+/// Durable: a save has reached the disk when it answers 0, except inside a transaction of the calling thread.
+class CFileSMSImpl : public CSMSMgr {
+public:
+  /// @param service  told of merged parts; may be null; must outlive the store.
+  explicit CFileSMSImpl(CSMSServiceImpl* service);
+  ~CFileSMSImpl() override;
+
+  /// Waits for a load under way and loads when nothing is loaded. The set lives until BackBeforeInit or destruction.
+  CSMSRecordSetImpl* GetReocrdList() override;
+  /// A received class-0 message is not stored: 0, id and saved untouched. The last part of a long message becomes, in
+  /// place, the whole message; its parts are removed, each with RECORD_MERGED_INTO_LONG_SMS to the clients before.
+  long SaveRecord(ISMSRecord* record, long* id, long& saved) override;
+  long GetRecord(ISMSRecord* record) override;
+  long UpdateRecord(ISMSRecord* record) override;
+  /// Into the recycle box, marked read; -1 for what is there already, and for reports.
+  long DeleteRecord(long id) override;
+  /// -1 also when nothing is loaded, although the row is gone then: kept so.
+  long RemoveRecord(long id) override;
+  long GetRecordInfo(int& capacity, int& used) override;
+  void StartThread() override;
+  void BackBeforeInit() override;
+  int CheckIsFull() override;
+
+  /// A load has been attempted.
+  bool GetInitFlag() const { return m_bInit; }
+
+  /// A transaction belongs to the calling thread; changes of other threads wait for its end.
+  long BeginTransaction();
+  long EndTransaction();
+
+  /// Completes a long message when the record is its last missing part.
+  /// @return 0: the whole message is stored, the record stands for it; -1: nothing was changed.
+  long CombinationLongMsg(ISMSRecord* record);
+  /// Removes a broadcast older than the clean-up age in days, counted from the midnight that starts its day.
+  /// @return true: it was old enough.
+  bool AutoCleanupCBS(const ISMSRecord* record);
+
+  /// Appends the twelve values to an empty row; leaves any other row alone.
+  static void GetFileRecord(const ISMSRecord* record, LocalDatabaseMgr::FieldType& fields);
+  /// Sets what the row has values for, and the identifier.
+  static void GetSMSRecord(long id, const LocalDatabaseMgr::FieldType& fields, ISMSRecord* record);
+
+private:
+  class CSaveTurn;
+
+  /// Body of m_InitThread.
+  void Init();
+  void OpenDatabase();
+  // loading, m_MutexReadSMS held
+  CSMSRecordSetImpl* LoadSet(CDatabaseTurn& turn);
+  void ReadAllRows(CSMSRecordSetImpl& set);
+  bool IsOutdated(const ISMSRecord& record) const;
+
+  // rows
+  bool ReadRow(long id, LocalDatabaseMgr::FieldType& fields);
+  bool ReadRow(long id, CSMSRecordImpl& record);
+  bool RewriteRow(long id, const ISMSRecord& record);
+
+  // the set
+  bool HasSet();
+  void PutIntoSet(CSMSRecordImpl& record);
+  bool DropFromSet(long id);
+  /// Ends a turn in which one message was changed; when that fails, makes the set agree with the row again.
+  bool EndChange(CDatabaseTurn& turn, long id);
+  void AgreeWithRow(long id);
+
+  // saving; the turn and m_MutexCombine held where a CSaveTurn is passed
+  long StoreAlone(ISMSRecord& record, CSaveTurn& turn);
+  long Combine(ISMSRecord& record, CSaveTurn& turn, std::vector<long>& mergedIds);
+  bool CollectParts(const ISMSRecord& record, std::vector<CSMSRecordImpl>& candidates);
+  void RemoveMergedParts(const std::vector<long>& mergedIds);
+  void AnnounceMergedPart(long id);
+
+  LocalDatabaseMgr m_AddrDataBaseMgr;
+  std::string m_strFileName;  // empty, not used
+  std::atomic<bool> m_bInit;
+  JMutex m_MutexLongInfo;                // not taken
+  JMutex m_MutexReadSMS;                 // a load; the pointer to the set
+  JMutex m_MutexFileManagerOpen;         // not taken
+  CSMSRecordSetImpl* m_pLocalRecordSet;  // owned; guarded by m_MutexReadSMS
+  JThreadT<CFileSMSImpl, void> m_InitThread;
+  int m_iCBSAutoCleanup;  // days, 0: off; guarded by m_MutexReadSMS
+  CSMSServiceImpl* m_pSMSServiceImpl;
+
+  std::atomic<bool> m_bQuit;       // asks a load to stop, once and for all
+  JMutex m_MutexCombine;           // looking for the other parts and storing one are one step
+  std::vector<long> m_vctMerging;  // parts that are inside a whole message already; guarded by m_MutexCombine
+  JMutex m_MutexPending;
+  int m_iTransactions;             // open client transactions; guarded by m_MutexPending
+  std::vector<long> m_vctPending;  // changed within them; guarded by m_MutexPending
+};
