@@ -1,1 +1,5 @@
-int main() { return 1; }
+// smsctl: the command line.
+
+#include "CommandLine.h"
+
+int main(int argc, char** argv) { return smsctl::Run(argc, argv); }
