@@ -127,8 +127,7 @@ bool CDemo::EndSend(const std::vector<std::string>& expected) {
   for (const Recipient& recipient : m_pWatcher->Recipients()) {
     outcomes.push_back(Outcome(recipient, m_parts));
     stored = stored && recipient.stored;
-    std::printf("   %s: %s
-", recipient.number.c_str(), outcomes.back().c_str());
+    std::printf("   %s: %s\n", recipient.number.c_str(), outcomes.back().c_str());
   }
   return (stored && outcomes == expected) || FailStep("what became of the message is not what was expected");
 }
