@@ -37,7 +37,8 @@ bool IsSeparator(VELK_wchar_t unit) {
 }
 
 void DecodeDigits(const BYTE* octets, std::size_t count, Address* out, unsigned* defects) {
-  if (out->typeOfNumber == kTonInternational && count != 0) out->text[out->length++] = u'+';
+  const bool empty = count == 0 || (octets[0] & 0x0F) == kEndMark;
+  if (out->typeOfNumber == kTonInternational && !empty) out->text[out->length++] = u'+';
   for (std::size_t i = 0; i < count; ++i) {
     const BYTE digit = i % 2 == 0 ? octets[i / 2] & 0x0F : octets[i / 2] >> 4;
     if (digit == kEndMark) {

@@ -3,6 +3,9 @@
 
 #include "Fields.h"
 
+#include <cstring>
+#include <initializer_list>
+
 namespace sms_pdu {
 namespace {
 

@@ -19,8 +19,8 @@ namespace sms_pdu {
 //           encoding writes nothing beyond capacity; on an error *written is 0.
 // Pointers: octets may be null when size is 0; out pointers must not be null.
 
-/// Room for any TPDU: 164 octets, and the service centre's 12.
-const std::size_t kTpduOctets = 164;
+/// Room for any TPDU (a status report with every field is the longest), and for the service centre in front of it.
+const std::size_t kTpduOctets = 176;
 const std::size_t kPduOctets = kTpduOctets + kAddressMaxOctets;
 
 /// SMS-DELIVER (9.2.2.1): a message on its way to this device.

@@ -64,10 +64,8 @@ PduError WriteGsm7(COctetWriter& writer, const UserData& userData) {
   writer.Put(static_cast<BYTE>(HeaderSeptets(headerSize) + count));
   if (headerSize != 0) writer.Put(userData.header.length);
   writer.Put(userData.header.octets, userData.header.length);
-  // Fill bits only count in front of content: a header alone ends with its last octet.
   const unsigned fillBits = FillBits(headerSize);
-  BYTE* const room = writer.Room(count == 0 ? 0 : PackedOctets(count, fillBits));
-  if (room && count != 0) PackSeptets(septets, count, fillBits, room);
+  if (BYTE* const room = writer.Room(PackedOctets(count, fillBits))) PackSeptets(septets, count, fillBits, room);
   return PduError::None;
 }
 
