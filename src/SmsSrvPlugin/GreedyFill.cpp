@@ -19,10 +19,10 @@ struct Prefix {
 /// The longest beginning of a text that fits into so many bits. Adding a unit never makes it smaller, so the first unit
 /// that does not fit ends it; a character of two septets is never parted from its escape.
 Prefix LongestPrefix(const BYTE* pClasses, const VELK_wchar_t* pwText, int iLength, int iLimitBits) {
-  const int iSeptets = iLimitBits / iCharTypeProperties[ctGSM7][ctcUnitBits];
+  const int iSeptets = std::max(0, iLimitBits / iCharTypeProperties[ctGSM7][ctcUnitBits]);
   const int iUcs2Units = iLimitBits / iCharTypeProperties[ctUCS2][ctcUnitBits];
 
-  int iCount = std::max(0, std::min({iLength, iSeptets, kMostUnits}));
+  int iCount = std::min({iLength, iSeptets, kMostUnits});
   ClassSum stSum = SumClasses(pClasses, pwText, iCount);
   if (stSum.bUcs2) {
     const VELK_wchar_t* pwUcs2 =
