@@ -3,8 +3,12 @@
 
 #include "platform/PlatformExport.h"
 
-/// Threads: any. Waits are cancellation points (JThread::Kill) and measure time with JClock.
+/// Threads: any. Waits are cancellation points (JThread::Kill) and measure time with JClock. A signal goes to the
+/// thread
+///          that has waited longest; one that is killed before it returns leaves an auto-reset event signalled.
+/// Errors:  a wait for null or for fewer than 1 or more than JEVENT_WAIT_MAX events is over at once, as by time-out.
 const int JEVENT_WAIT_TIME_OUT = -1;
+const int JEVENT_WAIT_MAX = 64;
 
 class PLATFORM_API JEvent {
 public:
@@ -30,9 +34,14 @@ public:
   static int WaitForMultipleObjects(int iCount, JEvent* const* ppEvents, bool bWaitAll, unsigned int uMilliseconds);
 
 private:
-  friend struct JEventWaiter;
-  struct Waiters;
-  bool m_bManualReset;  // the rest is guarded by one lock of the platform
+  friend class CEventWait;
+  struct Link;
+
+  void SignalLocked();
+
+  // guarded by one lock of the platform
+  bool m_bManualReset;
   bool m_bSignalled;
-  Waiters* m_pWaiters;
+  Link* m_pFirst;  // the threads that wait, in the order of their coming
+  Link* m_pLast;
 };
