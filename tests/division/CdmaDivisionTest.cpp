@@ -121,7 +121,7 @@ TEST_P(CdmaLimits, NeverOverrunAPart) {
   for (int iLimit = -5; iLimit <= 400; ++iLimit) {
     vctLimits.push_back(iLimit);
   }
-  for (const std::size_t nLength : {0, 1, 6, 30, 139, 160, 161, 400, 1500, 5000}) {
+  for (const std::size_t nLength : {0u, 1u, 6u, 30u, 139u, 160u, 161u, 400u, 1500u, 5000u}) {
     const VELK_wstring strText = Of(GetParam(), nLength);
     for (const int iLimit : vctLimits) {
       ASSERT_TRUE(SameParts(slow::DivideCdma(strText, iLimit), DivideCdma(strText, iLimit)))
