@@ -86,11 +86,7 @@ bool CDatabaseConnection::OpenSessions(std::string& reason) {
 }
 
 CDatabaseSession::Opened CDatabaseConnection::OpenWriter(std::string& reason) {
-  if (m_file.IsEmptiedBesideItsLog()) {
-    reason = "it is empty, but its log is not";
-    return CDatabaseSession::Opened::kDamaged;
-  }
-  return m_writer.Open(m_file.Path(), true, reason);
+  return m_file.IsCut(reason) ? CDatabaseSession::Opened::kDamaged : m_writer.Open(m_file.Path(), true, reason);
 }
 
 // Another program may have come first: what it made anew must not be set aside too.

@@ -25,7 +25,9 @@ constexpr std::size_t kMaxFileName = 200;
 constexpr unsigned int kPollMs = 20;
 constexpr mode_t kPrivateFile = 0600;
 constexpr mode_t kPrivateFolder = 0700;
-const char* const kCompanions[] = {"-wal", "-shm", "-journal"};
+const char kLog[] = "-wal";
+const char kLogIndex[] = "-shm";
+const char kJournal[] = "-journal";  // of a file that has no log yet
 
 std::string SystemReason(const std::string& what) { return what + ": " + std::strerror(errno); }
 
@@ -173,13 +175,27 @@ bool CDatabaseFile::MakeFile(std::string& reason) const {
     return false;
   }
   CloseToOthers(m_strPath);
-  for (const char* pszCompanion : kCompanions) {
+  for (const char* pszCompanion : {kLog, kLogIndex, kJournal}) {
     CloseToOthers(m_strPath + pszCompanion);
   }
   return true;
 }
 
-bool CDatabaseFile::IsEmptiedBesideItsLog() const { return SizeOf(m_strPath) == 0 && SizeOf(m_strPath + "-wal") > 0; }
+// The engine writes whole pages, of 512 octets at least; a page it was killed in is still in the log.
+bool CDatabaseFile::IsCut(std::string& reason) const {
+  constexpr off_t kSmallestPage = 512;
+  const off_t size = SizeOf(m_strPath);
+  const bool bHasLog = SizeOf(m_strPath + kLog) > 0 || SizeOf(m_strPath + kJournal) > 0;
+  if (size == 0 && bHasLog) {
+    reason = "it is empty, but its log is not";  // which the engine would throw away
+    return true;
+  }
+  if (size % kSmallestPage != 0 && !bHasLog) {
+    reason = "it ends within a page";
+    return true;
+  }
+  return false;
+}
 
 bool CDatabaseFile::SetAside(std::string& kept, std::string& reason) {
   kept = FreeNameFor(m_strPath);
@@ -187,9 +203,12 @@ bool CDatabaseFile::SetAside(std::string& kept, std::string& reason) {
     reason += SystemReason(", and it cannot be renamed");
     return false;
   }
-  for (const char* pszCompanion : kCompanions) {
-    if (::rename((m_strPath + pszCompanion).c_str(), (kept + pszCompanion).c_str()) != 0 && errno != ENOENT) {
-      reason += SystemReason(std::string(", and its companion ") + pszCompanion + " cannot be renamed");
+  ::unlink((m_strPath + kLogIndex).c_str());  // made anew from the log
+  for (const char* pszLog : {kLog, kJournal}) {
+    const std::string log = m_strPath + pszLog;
+    const int iMoved = SizeOf(log) == 0 ? ::unlink(log.c_str()) : ::rename(log.c_str(), (kept + pszLog).c_str());
+    if (iMoved != 0 && errno != ENOENT) {
+      reason += SystemReason(", and its log cannot be renamed");
       return false;
     }
   }

@@ -28,9 +28,9 @@ public:
   void Release();
 
   const std::string& Path() const { return m_strPath; }
-  /// Whether the file lost all its content but its write-ahead log did not, which the engine would throw away.
-  bool IsEmptiedBesideItsLog() const;
-  /// Renames the file and its companions to a name with the date that nothing else has, and makes an empty file.
+  /// Whether the file has lost its end in a way that the engine would not notice.
+  bool IsCut(std::string& reason) const;
+  /// Renames the file and its log to a name with the date that nothing else has, and makes an empty file.
   /// @param kept  out: the new name.
   bool SetAside(std::string& kept, std::string& reason);
 
