@@ -1,0 +1,42 @@
+// Error numbers of 3GPP TS 27.007, 9.2 and 3GPP TS 27.005, 3.2.5 that this modem gives.
+#pragma once
+
+#include <string>
+
+namespace modem_sim {
+
+const int kCmeNotAllowed = 3;
+const int kCmePinRequired = 11;
+const int kCmePukRequired = 12;
+const int kCmeIncorrectPassword = 16;
+const int kCmeIncorrectParameters = 50;
+
+const int kCmsNetworkOutOfOrder = 38;
+const int kCmsNotAllowed = 302;
+const int kCmsInvalidPduParameter = 304;
+const int kCmsPinRequired = 311;
+const int kCmsPukRequired = 316;
+const int kCmsInvalidIndex = 321;
+const int kCmsMemoryFull = 322;
+const int kCmsNoNetwork = 331;
+const int kCmsNoAcknowledgementExpected = 340;
+
+/// The words of +CMEE=2.
+inline std::string CmeText(int code) {
+  switch (code) {
+    case kCmeNotAllowed:
+      return "operation not allowed";
+    case kCmePinRequired:
+      return "SIM PIN required";
+    case kCmePukRequired:
+      return "SIM PUK required";
+    case kCmeIncorrectPassword:
+      return "incorrect password";
+    case kCmeIncorrectParameters:
+      return "Incorrect parameters";
+    default:
+      return "unknown";
+  }
+}
+
+}  // namespace modem_sim

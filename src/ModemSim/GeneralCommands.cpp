@@ -1,0 +1,329 @@
+// Commands of ITU-T V.250 and 3GPP TS 27.007: the dialogue itself, identity, card, registration.
+#include "ErrorCodes.h"
+#include "SimulatedModem.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace modem_sim {
+namespace {
+
+const char kMaker[] = "SmsApp";
+const char kModel[] = "Simulated Modem";
+const char kSerial[] = "004999010640000";      // test equipment: type allocation code 00499901
+const char kSubscriber[] = "001010123456789";  // test network 001 01
+const char kOperatorLong[] = "SmsApp Test Network";
+const char kOperatorShort[] = "SmsApp";
+const char kOperatorNumber[] = "00101";
+
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+bool IsPin(const std::string& text) {
+  return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+bool Known(const AtCommand& command, const char* name) { return command.name == name; }
+
+}  // namespace
+
+const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
+  typedef CSimulatedModem M;
+  static const std::vector<Entry> kCommands = {
+      {"E", &M::OnEcho},
+      {"Q", &M::OnQuiet},
+      {"V", &M::OnVerbose},
+      {"Z", &M::OnReset},
+      {"&F", &M::OnReset},
+      {"&C", &M::OnIgnored},
+      {"&D", &M::OnIgnored},
+      {"&K", &M::OnIgnored},
+      {"&W", &M::OnIgnored},
+      {"X", &M::OnIgnored},
+      {"L", &M::OnIgnored},
+      {"M", &M::OnIgnored},
+      {"H", &M::OnIgnored},
+      {"D", &M::OnDial},
+      {"I", &M::OnIdentity},
+      {"+CGMI", &M::OnIdentity},
+      {"+GMI", &M::OnIdentity},
+      {"+CGMM", &M::OnIdentity},
+      {"+GMM", &M::OnIdentity},
+      {"+CGMR", &M::OnIdentity},
+      {"+GMR", &M::OnIdentity},
+      {"+CGSN", &M::OnIdentity},
+      {"+GSN", &M::OnIdentity},
+      {"+GCAP", &M::OnCapabilities},
+      {"+CIMI", &M::OnSubscriber},
+      {"+CNUM", &M::OnOwnNumber},
+      {"+CPIN", &M::OnPin},
+      {"+CLCK", &M::OnLock},
+      {"+CSQ", &M::OnSignal},
+      {"+CPAS", &M::OnActivity},
+      {"+CFUN", &M::OnFunctionality},
+      {"+CREG", &M::OnRegistration},
+      {"+CGREG", &M::OnRegistration},
+      {"+COPS", &M::OnOperator},
+      {"+CSCS", &M::OnCharacterSet},
+      {"S0", &M::OnRegister},
+      {"S3", &M::OnRegister},
+      {"S4", &M::OnRegister},
+      {"S5", &M::OnRegister},
+      {"S6", &M::OnRegister},
+      {"S7", &M::OnRegister},
+      {"S8", &M::OnRegister},
+      {"S10", &M::OnRegister},
+  };
+  return kCommands;
+}
+
+CSimulatedModem::Result CSimulatedModem::OnNumberFlag(const AtCommand& command, bool* flag) {
+  if (!command.values.empty() && command.values != "0" && command.values != "1") return Error();
+  *flag = command.values == "1";
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnEcho(const AtCommand& command) { return OnNumberFlag(command, &m_bEcho); }
+CSimulatedModem::Result CSimulatedModem::OnQuiet(const AtCommand& command) { return OnNumberFlag(command, &m_bQuiet); }
+
+CSimulatedModem::Result CSimulatedModem::OnVerbose(const AtCommand& command) {
+  return OnNumberFlag(command, &m_bVerbose);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnReset(const AtCommand& command) {
+  if (!command.values.empty() && command.values != "0") return Error();
+  ResetSettings();
+  HandOver();
+  return Ok();
+}
+
+/// Lines, speakers and calls that this modem does not have: any number will do.
+CSimulatedModem::Result CSimulatedModem::OnIgnored(const AtCommand&) { return Ok(); }
+
+CSimulatedModem::Result CSimulatedModem::OnDial(const AtCommand&) { return NoCarrier(); }
+
+CSimulatedModem::Result CSimulatedModem::OnRegister(const AtCommand& command) {
+  std::size_t place = 0;
+  std::from_chars(command.name.data() + 1, command.name.data() + command.name.size(), place);
+  if (command.form == AtCommand::Form::Read) {
+    const std::string number = std::to_string(m_registers[place]);
+    Inform(std::string(3 - std::min<std::size_t>(number.size(), 3), '0') + number);
+    return Ok();
+  }
+  int value = 0;
+  const bool isCharacter = place >= 3 && place <= 5;
+  if (!CValues(command.values).Number(0, 0, isCharacter ? 127 : 255, &value)) return Error();
+  m_registers[place] = value;
+  return Ok();
+}
+
+/// An execute command that only tells something; its test form is answered with OK alone.
+CSimulatedModem::Result CSimulatedModem::Inform(const AtCommand& command, const std::string& text) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (command.form != AtCommand::Form::Execute) return Error();
+  Inform(text);
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnIdentity(const AtCommand& command) {
+  if (Known(command, "I")) {
+    Inform(std::string(kMaker) + ' ' + kModel);
+    Inform(kVersion);
+    return Ok();
+  }
+  if (Known(command, "+CGMI") || Known(command, "+GMI")) return Inform(command, kMaker);
+  if (Known(command, "+CGMM") || Known(command, "+GMM")) return Inform(command, kModel);
+  if (Known(command, "+CGMR") || Known(command, "+GMR")) return Inform(command, kVersion);
+  return Inform(command, kSerial);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnCapabilities(const AtCommand& command) {
+  return Inform(command, "+GCAP: +CGSM");
+}
+
+CSimulatedModem::Result CSimulatedModem::OnSubscriber(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Execute && !CardReady()) return CardLocked();
+  return Inform(command, kSubscriber);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnOwnNumber(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Execute && !CardReady()) return CardLocked();
+  const char* const type = m_options.number.rfind('+', 0) == 0 ? "145" : "129";
+  return Inform(command, "+CNUM: ," + Quoted(m_options.number) + ',' + type);
+}
+
+CSimulatedModem::Result CSimulatedModem::CardLocked() const {
+  return Cme(m_iPinTries > 0 ? kCmePinRequired : kCmePukRequired);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
+  switch (command.form) {
+    case AtCommand::Form::Test:
+      return Ok();
+    case AtCommand::Form::Read:
+      Inform(std::string("+CPIN: ") + (CardReady() ? "READY" : m_iPinTries > 0 ? "SIM PIN" : "SIM PUK"));
+      return Ok();
+    case AtCommand::Form::Execute:
+      return Cme(kCmeIncorrectParameters);
+    case AtCommand::Form::Set:
+      break;
+  }
+  if (CardReady()) return Cme(kCmeNotAllowed);
+  // Some programs leave the quotation marks out.
+  const bool quoted = !command.values.empty() && command.values.front() == '"';
+  const CValues values(quoted ? command.values : '"' + command.values + '"');
+  std::string pin;
+  if (!values.Valid() || !values.Text(0, &pin) || !IsPin(pin)) return Cme(kCmeIncorrectParameters);
+  if (m_iPinTries == 0 || pin != m_options.pin) {
+    m_iPinTries = std::max(m_iPinTries - 1, 0);
+    return Cme(kCmeIncorrectPassword);
+  }
+  m_iPinTries = 3;
+  const std::string before = RegistrationState();
+  m_bLocked = false;
+  RegistrationChanged(before);
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CLCK: (\"SC\")");
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string facility;
+  int mode = -1;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Text(0, &facility) ||
+      !values.Number(1, 0, 2, &mode)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  if (facility != "SC" || mode != 2) return Cme(kCmeNotAllowed);
+  Inform(std::string("+CLCK: ") + (m_options.pin.empty() ? "0" : "1"));
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnSignal(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CSQ: (0-31,99),(0-7,99)");
+    return Ok();
+  }
+  return Inform(command, m_bNetwork && m_iFunctionality == 1 ? "+CSQ: 20,99" : "+CSQ: 99,99");
+}
+
+CSimulatedModem::Result CSimulatedModem::OnActivity(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPAS: (0)");
+    return Ok();
+  }
+  return Inform(command, "+CPAS: 0");
+}
+
+CSimulatedModem::Result CSimulatedModem::OnFunctionality(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CFUN: (0,1,4),(0,1)");
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Read) {
+    Inform("+CFUN: " + std::to_string(m_iFunctionality));
+    return Ok();
+  }
+  const CValues values(command.values);
+  int level = 1;
+  int reset = 0;
+  if (!values.Valid() || !values.Number(0, 0, 4, &level) || !values.Number(1, 0, 1, &reset) || level == 2 ||
+      level == 3) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  if (reset == 1) ResetSettings();
+  const std::string before = RegistrationState();
+  m_iFunctionality = level;
+  RegistrationChanged(before);
+  return Ok();
+}
+
+/// <stat> of +CREG and +CGREG: 1 registered at home, 2 searching, 0 neither.
+std::string CSimulatedModem::RegistrationState() const {
+  if (Registered()) return "1";
+  return CardReady() && m_iFunctionality == 1 ? "2" : "0";
+}
+
+std::string CSimulatedModem::Registration(int mode) const {
+  return RegistrationState() + (mode == 2 && Registered() ? ",\"0001\",\"0001\"" : "");
+}
+
+void CSimulatedModem::RegistrationChanged(const std::string& before) {
+  if (RegistrationState() == before) return;
+  if (m_iCircuitMode != 0) Unsolicited("+CREG: " + Registration(m_iCircuitMode));
+  if (m_iPacketMode != 0) Unsolicited("+CGREG: " + Registration(m_iPacketMode));
+  HandOver();
+}
+
+void CSimulatedModem::SetNetwork(bool present) {
+  const std::string before = RegistrationState();
+  m_bNetwork = present;
+  RegistrationChanged(before);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnRegistration(const AtCommand& command) {
+  int& mode = Known(command, "+CREG") ? m_iCircuitMode : m_iPacketMode;
+  switch (command.form) {
+    case AtCommand::Form::Test:
+      Inform(command.name + ": (0-2)");
+      return Ok();
+    case AtCommand::Form::Read:
+      Inform(command.name + ": " + std::to_string(mode) + ',' + Registration(mode));
+      return Ok();
+    case AtCommand::Form::Execute:
+      mode = 0;
+      return Ok();
+    case AtCommand::Form::Set:
+      break;
+  }
+  const CValues values(command.values);
+  return values.Valid() && values.Number(0, 0, 2, &mode) ? Ok() : Cme(kCmeIncorrectParameters);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {
+  static const char* const kNames[] = {kOperatorLong, kOperatorShort, kOperatorNumber};
+  if (!CardReady()) return CardLocked();
+  if (command.form == AtCommand::Form::Read) {
+    const std::string format = std::to_string(m_iOperatorFormat);
+    const std::string name = Quoted(kNames[m_iOperatorFormat]);
+    Inform("+COPS: 0" + (Registered() ? ',' + format + ',' + name + ",2" : std::string()));
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Test) {
+    const std::string own =
+        "(2," + Quoted(kOperatorLong) + ',' + Quoted(kOperatorShort) + ',' + Quoted(kOperatorNumber) + ",2),";
+    Inform("+COPS: " + (Registered() ? own : std::string()) + ",(0,3),(0-2)");
+    return Ok();
+  }
+  const CValues values(command.values);
+  int mode = 0;
+  int format = m_iOperatorFormat;
+  if (!values.Valid() || !values.Number(0, 0, 4, &mode) || !values.Number(1, 0, 2, &format)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  if (mode != 0 && mode != 3) return Cme(kCmeNotAllowed);  // it cannot leave its one network
+  m_iOperatorFormat = format;
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnCharacterSet(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CSCS: (\"GSM\",\"IRA\")");
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Read) {
+    Inform("+CSCS: " + Quoted(m_strCharacterSet));
+    return Ok();
+  }
+  std::string name;
+  const CValues values(command.values);
+  if (!values.Valid() || !values.Text(0, &name) || (name != "GSM" && name != "IRA")) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  m_strCharacterSet = name;  // every string of this modem reads the same in both
+  return Ok();
+}
+
+}  // namespace modem_sim

@@ -1,0 +1,369 @@
+// Commands of 3GPP TS 27.005, PDU mode.
+#include "ErrorCodes.h"
+#include "SimulatedModem.h"
+
+#include <algorithm>
+
+namespace modem_sim {
+namespace {
+
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+/// Another recipient for a stored SMS-SUBMIT.
+bool Readdress(const std::string& number, int type, StoredMessage* message) {
+  sms_pdu::Submit submit;
+  BYTE tpdu[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  const std::size_t centre = message->pdu.size() - message->tpduLength;
+  if (sms_pdu::DecodeSubmit(message->pdu.data() + centre, message->tpduLength, &submit) != sms_pdu::PduError::None ||
+      sms_pdu::MakeAddress(number.c_str(), &submit.destination) != sms_pdu::PduError::None) {
+    return false;
+  }
+  if (type != 0) {
+    submit.destination.typeOfNumber = static_cast<BYTE>(type >> 4 & 0x07);
+    submit.destination.numberingPlan = static_cast<BYTE>(type & 0x0F);
+  }
+  if (sms_pdu::EncodeSubmit(submit, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None) return false;
+  message->pdu.resize(centre);
+  message->pdu.insert(message->pdu.end(), tpdu, tpdu + size);
+  message->tpduLength = size;
+  return true;
+}
+
+/// Whether <delflag> of +CMGD takes a message with it.
+bool Deletes(int flag, MessageStatus status) {
+  switch (status) {
+    case MessageStatus::Read:
+      return flag >= 1;
+    case MessageStatus::Sent:
+      return flag >= 2;
+    case MessageStatus::Unsent:
+      return flag >= 3;
+    case MessageStatus::Unread:
+      return flag >= 4;
+  }
+  return false;
+}
+
+}  // namespace
+
+const std::vector<CSimulatedModem::Entry>& CSimulatedModem::MessageCommands() {
+  typedef CSimulatedModem M;
+  static const std::vector<Entry> kCommands = {
+      {"+CSMS", &M::OnService},     {"+CPMS", &M::OnPreferredMemory}, {"+CSCA", &M::OnServiceCentre},
+      {"+CNMI", &M::OnIndications}, {"+CSCB", &M::OnBroadcastTypes},  {"+CMGS", &M::OnSend},
+      {"+CMGW", &M::OnWrite},       {"+CMSS", &M::OnSendStored},      {"+CMGL", &M::OnList},
+      {"+CMGR", &M::OnRead},        {"+CMGD", &M::OnDelete},          {"+CNMA", &M::OnAcknowledge},
+  };
+  return kCommands;
+}
+
+CSimulatedModem::Result CSimulatedModem::CardError() const {
+  return Cms(m_iPinTries > 0 ? kCmsPinRequired : kCmsPukRequired);
+}
+
+std::string CSimulatedModem::Fill(Memory memory) {
+  return std::to_string(Store(memory).Used()) + ',' + std::to_string(Store(memory).Capacity());
+}
+
+std::string CSimulatedModem::HexOf(const std::vector<BYTE>& octets) {
+  std::string digits(2 * octets.size() + 1, '\0');
+  sms_pdu::OctetsToHex(octets.data(), octets.size(), digits.data());
+  digits.pop_back();
+  return digits;
+}
+
+void CSimulatedModem::InformMessage(const std::string& head, const StoredMessage& message) {
+  Inform(head + ",," + std::to_string(message.tpduLength));
+  Inform(HexOf(message.pdu));
+}
+
+CSimulatedModem::Result CSimulatedModem::OnService(const AtCommand& command) {
+  switch (command.form) {
+    case AtCommand::Form::Test:
+      Inform("+CSMS: (0,1)");
+      return Ok();
+    case AtCommand::Form::Read:
+      Inform("+CSMS: " + std::to_string(m_iService) + ",1,1,1");
+      return Ok();
+    case AtCommand::Form::Execute:
+      return Error();
+    case AtCommand::Form::Set:
+      break;
+  }
+  const CValues values(command.values);
+  if (!values.Valid() || !values.Given(0) || !values.Number(0, 0, 1, &m_iService)) return Error();
+  Inform("+CSMS: 1,1,1");
+  HandOver();
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnPreferredMemory(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPMS: (\"SM\",\"ME\"),(\"SM\",\"ME\"),(\"SM\",\"ME\")");
+    return Ok();
+  }
+  if (!CardReady()) return CardError();
+  if (command.form == AtCommand::Form::Read) {
+    std::string text = "+CPMS: ";
+    for (const Memory memory : m_memories) text += Quoted(NameOf(memory)) + ',' + Fill(memory) + ',';
+    text.pop_back();
+    Inform(text);
+    return Ok();
+  }
+  const CValues values(command.values);
+  auto memories = m_memories;
+  if (!values.Valid() || !values.Given(0) || values.Count() > memories.size()) return Error();
+  for (std::size_t i = 0; i < memories.size(); ++i) {
+    std::string name = NameOf(memories[i]);
+    if (!values.Text(i, &name)) return Error();
+    if (name != "SM" && name != "ME") return Cms(kCmsNotAllowed);
+    memories[i] = name == "SM" ? Memory::Sim : Memory::Equipment;
+  }
+  m_memories = memories;
+  Inform("+CPMS: " + Fill(memories[0]) + ',' + Fill(memories[1]) + ',' + Fill(memories[2]));
+  HandOver();
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnServiceCentre(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (!CardReady()) return CardError();
+  if (command.form == AtCommand::Form::Read) {
+    const char* const type = m_strServiceCentre.rfind('+', 0) == 0 ? "145" : "129";
+    Inform("+CSCA: " + Quoted(m_strServiceCentre) + ',' + type);
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string number;
+  int type = 0;
+  sms_pdu::Address address;
+  if (!values.Valid() || !values.Given(0) || !values.Text(0, &number) || !values.Number(1, 128, 255, &type) ||
+      sms_pdu::MakeAddress(number.c_str(), &address) != sms_pdu::PduError::None ||
+      address.typeOfNumber == sms_pdu::kTonAlphanumeric) {
+    return Error();
+  }
+  const bool plus = number.rfind('+', 0) == 0;
+  m_strServiceCentre = type == 145 && !plus && !number.empty() ? '+' + number : number;
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnIndications(const AtCommand& command) {
+  static const int kHighest[] = {3, 3, 3, 2, 1};
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CNMI: (0-3),(0-3),(0-3),(0-2),(0,1)");
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Read) {
+    std::string text = "+CNMI: ";
+    for (const int value : m_indications) text += std::to_string(value) + ',';
+    text.pop_back();
+    Inform(text);
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::array<int, 5> indications{};  // what is left out is 0
+  if (!values.Valid() || values.Count() > indications.size()) return Error();
+  for (std::size_t i = 0; i < indications.size(); ++i) {
+    if (!values.Number(i, 0, kHighest[i], &indications[i])) return Error();
+  }
+  m_indications = indications;
+  if (m_indications[kMode] != 0) {
+    if (m_indications[kBfr] == 0) {
+      for (const std::string& line : m_lstBuffered) Unsolicited(line);
+    }
+    m_lstBuffered.clear();
+  }
+  HandOver();
+  return Ok();
+}
+
+/// Cell-broadcast types are kept and told; no page is broadcast in this network.
+CSimulatedModem::Result CSimulatedModem::OnBroadcastTypes(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CSCB: (0,1)");
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Read) {
+    Inform("+CSCB: " + std::to_string(m_iBroadcastMode) + ',' + Quoted(m_strBroadcastIds) + ',' +
+           Quoted(m_strBroadcastCodings));
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string ids;
+  std::string codings;
+  int mode = 0;
+  if (!values.Valid() || !values.Number(0, 0, 1, &mode) || !values.Text(1, &ids) || !values.Text(2, &codings)) {
+    return Error();
+  }
+  m_iBroadcastMode = mode;
+  m_strBroadcastIds = ids;
+  m_strBroadcastCodings = codings;
+  return Ok();
+}
+
+/// Service centre and exactly tpduLength octets (3GPP TS 27.005, 4.3).
+bool CSimulatedModem::ParsePdu(const std::string& digits, int tpduLength, StoredMessage* out) {
+  BYTE octets[sms_pdu::kPduOctets];
+  std::size_t size = 0;
+  std::size_t centreOctets = 0;
+  sms_pdu::Address centre;
+  unsigned defects = 0;
+  if (sms_pdu::HexToOctets(digits.data(), digits.size(), octets, sizeof octets, &size) != sms_pdu::PduError::None ||
+      sms_pdu::DecodeServiceCentre(octets, size, &centre, &centreOctets, &defects) != sms_pdu::PduError::None ||
+      size - centreOctets != static_cast<std::size_t>(tpduLength)) {
+    return false;
+  }
+  out->pdu.assign(octets, octets + size);
+  out->tpduLength = size - centreOctets;
+  return true;
+}
+
+CSimulatedModem::Result CSimulatedModem::OnSend(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (!CardReady()) return CardError();
+  const CValues values(command.values);
+  int length = 0;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() != 1 || !values.Given(0) ||
+      !values.Number(0, 1, sms_pdu::kTpduOctets, &length)) {
+    return Cms(kCmsInvalidPduParameter);
+  }
+  OpenPrompt([this, length](const std::string& digits) {
+    StoredMessage message;
+    if (!ParsePdu(digits, length, &message)) return Cms(kCmsInvalidPduParameter);
+    return Send(message, "+CMGS", nullptr);
+  });
+  return Later();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnWrite(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (!CardReady()) return CardError();
+  const CValues values(command.values);
+  int length = 0;
+  int status = static_cast<int>(MessageStatus::Unsent);
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
+      !values.Number(0, 1, sms_pdu::kTpduOctets, &length) || !values.Number(1, 0, 3, &status)) {
+    return Cms(kCmsInvalidPduParameter);
+  }
+  OpenPrompt([this, length, status](const std::string& digits) {
+    StoredMessage message;
+    message.status = static_cast<MessageStatus>(status);
+    if (!ParsePdu(digits, length, &message)) return Cms(kCmsInvalidPduParameter);
+    const int index = Store(m_memories[1]).Add(message);
+    if (index == 0) return Cms(kCmsMemoryFull);
+    Inform("+CMGW: " + std::to_string(index));
+    return Ok();
+  });
+  return Later();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnSendStored(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (!CardReady()) return CardError();
+  const CValues values(command.values);
+  int index = 0;
+  std::string number;
+  int type = 0;
+  if (!values.Valid() || !values.Number(0, 1, Store(m_memories[1]).Capacity(), &index) || !values.Text(1, &number) ||
+      !values.Number(2, 128, 255, &type)) {
+    return Cms(kCmsInvalidIndex);
+  }
+  const Memory memory = m_memories[1];
+  const StoredMessage* const stored = Store(memory).At(index);
+  if (!stored) return Cms(kCmsInvalidIndex);
+  StoredMessage message = *stored;
+  if (message.status != MessageStatus::Unsent && message.status != MessageStatus::Sent) return Cms(kCmsNotAllowed);
+  if (!number.empty() && !Readdress(number, type, &message)) return Cms(kCmsInvalidPduParameter);
+  return Send(message, "+CMSS", [this, memory, index] {
+    if (StoredMessage* const sent = Store(memory).At(index)) sent->status = MessageStatus::Sent;
+  });
+}
+
+CSimulatedModem::Result CSimulatedModem::OnList(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CMGL: (0-4)");
+    return Ok();
+  }
+  if (!CardReady()) return CardError();
+  const CValues values(command.values);
+  int wanted = 0;
+  if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, kStatusAll, &wanted)) {
+    return Cms(kCmsInvalidPduParameter);
+  }
+  CMessageStore& store = Store(m_memories[0]);
+  for (int index = 1; index <= store.Capacity(); ++index) {
+    StoredMessage* const message = store.At(index);
+    const int status = message ? static_cast<int>(message->status) : -1;
+    if (!message || (wanted != kStatusAll && wanted != status)) continue;
+    InformMessage("+CMGL: " + std::to_string(index) + ',' + std::to_string(status), *message);
+    if (message->status == MessageStatus::Unread) message->status = MessageStatus::Read;
+  }
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnRead(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (!CardReady()) return CardError();
+  const CValues values(command.values);
+  int index = 0;
+  if (!values.Valid() || !values.Number(0, 1, Store(m_memories[0]).Capacity(), &index)) return Cms(kCmsInvalidIndex);
+  StoredMessage* const message = Store(m_memories[0]).At(index);
+  if (!message) return Cms(kCmsInvalidIndex);
+  InformMessage("+CMGR: " + std::to_string(static_cast<int>(message->status)), *message);
+  if (message->status == MessageStatus::Unread) message->status = MessageStatus::Read;
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnDelete(const AtCommand& command) {
+  if (!CardReady()) return CardError();
+  CMessageStore& store = Store(m_memories[0]);
+  if (command.form == AtCommand::Form::Test) {
+    std::string indexes;
+    for (int index = 1; index <= store.Capacity(); ++index) {
+      if (store.At(index)) indexes += (indexes.empty() ? "" : ",") + std::to_string(index);
+    }
+    Inform("+CMGD: (" + indexes + "),(0-4)");
+    return Ok();
+  }
+  const CValues values(command.values);
+  int index = 0;
+  int flag = 0;
+  if (!values.Valid() || !values.Number(1, 0, 4, &flag) ||
+      !values.Number(0, flag == 0 ? 1 : 0, flag == 0 ? store.Capacity() : 65535, &index) || (flag == 0 && index == 0)) {
+    return Cms(kCmsInvalidIndex);
+  }
+  for (int place = 1; place <= store.Capacity(); ++place) {
+    const StoredMessage* const message = store.At(place);
+    if (message && (flag == 0 ? place == index : Deletes(flag, message->status))) store.Remove(place);
+  }
+  HandOver();  // there may be room now for what the centre keeps
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnAcknowledge(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CNMA: (0-2)");
+    return Ok();
+  }
+  const CValues values(command.values);
+  int kind = 0;
+  int length = 0;
+  if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, 2, &kind) ||
+      !values.Number(1, 0, sms_pdu::kTpduOctets, &length)) {
+    return Cms(kCmsInvalidPduParameter);
+  }
+  if (!m_bAwaitsAcknowledgement) return Cms(kCmsNoAcknowledgementExpected);
+  const bool accepted = kind != 2;
+  if (length == 0) {
+    Acknowledged(accepted);
+    return Ok();
+  }
+  OpenPrompt([this, accepted](const std::string&) {  // what the acknowledgement says is the centre's affair
+    Acknowledged(accepted);
+    return Ok();
+  });
+  return Later();
+}
+
+}  // namespace modem_sim

@@ -1,0 +1,175 @@
+// Pseudo-terminal, timers and clock.
+#include "PtyPort.h"
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/write.hpp>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <utility>
+
+namespace modem_sim {
+namespace {
+
+namespace asio = boost::asio;
+
+const std::size_t kOutputLimit = 256 * 1024;  // nobody reads: the rest is lost, as on a serial line
+
+std::string Reason() { return std::strerror(errno); }
+
+/// No echo and no line editing by the system: both are the modem's own.
+bool MakeRaw(int descriptor) {
+  termios settings;
+  if (tcgetattr(descriptor, &settings) != 0) return false;
+  cfmakeraw(&settings);
+  cfsetspeed(&settings, B115200);
+  return tcsetattr(descriptor, TCSANOW, &settings) == 0;
+}
+
+}  // namespace
+
+CPtyPort::CPtyPort(asio::io_context& context) : m_context(context), m_master(context), m_watch(context) {}
+
+CPtyPort::~CPtyPort() {
+  char target[PATH_MAX];
+  const ssize_t size = m_strLink.empty() ? -1 : readlink(m_strLink.c_str(), target, sizeof target);
+  if (size > 0 && m_strPath == std::string(target, static_cast<std::size_t>(size))) unlink(m_strLink.c_str());
+  if (m_iSlave >= 0) close(m_iSlave);
+}
+
+bool CPtyPort::Open(std::string* error) {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  char path[PATH_MAX];
+  if (master < 0) {
+    *error = "cannot make a pseudo-terminal: " + Reason();
+    return false;
+  }
+  m_master.assign(master);
+  if (grantpt(master) != 0 || unlockpt(master) != 0 || ptsname_r(master, path, sizeof path) != 0 ||
+      (m_iSlave = open(path, O_RDWR | O_NOCTTY | O_CLOEXEC)) < 0 || !MakeRaw(m_iSlave)) {
+    *error = "cannot set the pseudo-terminal up: " + Reason();
+    return false;
+  }
+  m_master.native_non_blocking(true);
+  m_strPath = path;
+  return true;
+}
+
+bool CPtyPort::Link(const std::string& link, std::string* error) {
+  struct stat status;
+  if (lstat(link.c_str(), &status) == 0) {
+    if (!S_ISLNK(status.st_mode)) {
+      *error = "cannot link " + link + ": there is a file that is no link. Remove it, or choose another path";
+      return false;
+    }
+    unlink(link.c_str());
+  }
+  if (symlink(m_strPath.c_str(), link.c_str()) != 0) {
+    *error = "cannot link " + link + " to " + m_strPath + ": " + Reason();
+    return false;
+  }
+  m_strLink = link;
+  return true;
+}
+
+void CPtyPort::Start(CSimulatedModem& modem) {
+  m_pModem = &modem;
+  const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  if (watch >= 0) {
+    m_watch.assign(watch);
+    if (inotify_add_watch(watch, m_strPath.c_str(), IN_OPEN | IN_CLOSE) >= 0) WatchMore();
+  }
+  ReadMore();
+}
+
+void CPtyPort::ReadMore() {
+  m_master.async_read_some(asio::buffer(m_input), [this](const boost::system::error_code& error, std::size_t count) {
+    if (error) return;
+    m_pModem->Receive(m_input.data(), count);
+    ReadMore();
+  });
+}
+
+/// Everything the other side has written so far.
+void CPtyPort::ReadAvailable() {
+  char bytes[1024];
+  for (ssize_t count; (count = read(m_master.native_handle(), bytes, sizeof bytes)) > 0;) {
+    m_pModem->Receive(bytes, static_cast<std::size_t>(count));
+  }
+}
+
+void CPtyPort::WatchMore() {
+  m_watch.async_read_some(asio::buffer(m_events), [this](const boost::system::error_code& error, std::size_t count) {
+    if (error) return;
+    OnOpenedOrClosed(count);
+    WatchMore();
+  });
+}
+
+void CPtyPort::OnOpenedOrClosed(std::size_t count) {
+  bool closed = false;
+  for (std::size_t position = 0; position + sizeof(inotify_event) <= count;) {
+    inotify_event event;
+    std::memcpy(&event, m_events.data() + position, sizeof event);
+    position += sizeof event + event.len;
+    if (event.mask & IN_OPEN) ++m_iOpened;
+    if (!(event.mask & IN_CLOSE) || m_iOpened == 0) continue;
+    if (--m_iOpened == 0) closed = true;
+  }
+  if (!closed) return;
+  if (m_iOpened == 0) ReadAvailable();  // else what is there may already be the next one's
+  m_pModem->HangUp();
+  m_strOutput.clear();
+  tcflush(m_iSlave, TCIFLUSH);
+}
+
+void CPtyPort::Write(const std::string& bytes) {
+  if (m_strOutput.size() + bytes.size() > kOutputLimit) return;
+  m_strOutput += bytes;
+  if (m_strWriting.empty()) WriteMore();
+}
+
+void CPtyPort::WriteMore() {
+  m_strWriting.swap(m_strOutput);
+  if (m_strWriting.empty()) return;
+  asio::async_write(m_master, asio::buffer(m_strWriting), [this](const boost::system::error_code& error, std::size_t) {
+    m_strWriting.clear();
+    if (!error) WriteMore();
+  });
+}
+
+void CPtyPort::After(int milliseconds, std::function<void()> call) {
+  const auto timer = std::make_shared<asio::steady_timer>(m_context, std::chrono::milliseconds(milliseconds));
+  timer->async_wait([timer, call = std::move(call)](const boost::system::error_code& error) {
+    if (!error) call();
+  });
+}
+
+sms_pdu::TimeStamp CPtyPort::Now() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  sms_pdu::TimeStamp time;
+  time.year = static_cast<WORD>(local.tm_year + 1900);
+  time.month = static_cast<BYTE>(local.tm_mon + 1);
+  time.day = static_cast<BYTE>(local.tm_mday);
+  time.hour = static_cast<BYTE>(local.tm_hour);
+  time.minute = static_cast<BYTE>(local.tm_min);
+  time.second = static_cast<BYTE>(local.tm_sec > 59 ? 59 : local.tm_sec);
+  time.zoneQuarters = static_cast<std::int8_t>(local.tm_gmtoff / 900);
+  return time;
+}
+
+}  // namespace modem_sim

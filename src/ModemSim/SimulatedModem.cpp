@@ -1,0 +1,279 @@
+// The dialogue: characters in, lines carried out, results and unsolicited lines out.
+#include "SimulatedModem.h"
+
+#include "ErrorCodes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace modem_sim {
+namespace {
+
+const char kCtrlZ = 0x1A;
+const char kEscape = 0x1B;
+const std::size_t kPromptLimit = 1024;
+const std::size_t kHeldLimit = 8192;
+const std::size_t kUnsolicitedLimit = 1000;
+
+// S-registers of ITU-T V.250, 6.2.
+const std::size_t kTerminator = 3;
+const std::size_t kFormatting = 4;
+const std::size_t kBackspace = 5;
+
+}  // namespace
+
+CSimulatedModem::CSimulatedModem(const ModemOptions& options, IModemWorld& world)
+    : m_options(options),
+      m_world(world),
+      m_bLocked(!options.pin.empty()),
+      m_bNetwork(options.network),
+      m_strServiceCentre(options.serviceCentre),
+      m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)} {
+  ResetSettings();
+}
+
+void CSimulatedModem::ResetSettings() {
+  m_bEcho = true;
+  m_bQuiet = false;
+  m_bVerbose = true;
+  m_registers.fill(0);
+  m_registers[kTerminator] = '\r';
+  m_registers[kFormatting] = '\n';
+  m_registers[kBackspace] = '\b';
+  m_iErrorForm = 0;
+  m_iFormat = 0;
+  m_iCircuitMode = 0;
+  m_iPacketMode = 0;
+  m_iOperatorFormat = 0;
+  m_iMoreMessages = 0;
+  m_iBearer = 1;
+  m_iService = 0;
+  m_indications.fill(0);
+  m_strCharacterSet = "GSM";
+}
+
+void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (m_state == State::Busy) {
+      m_strHeld.append(bytes + i, std::min(count - i, kHeldLimit - m_strHeld.size()));
+      return;
+    }
+    if (m_state == State::Prompt) {
+      TakePromptCharacter(bytes[i]);
+    } else {
+      TakeCommandCharacter(bytes[i]);
+    }
+  }
+}
+
+void CSimulatedModem::HangUp() {
+  m_line.Clear();
+  m_strHeld.clear();
+  if (m_state != State::Prompt) return;
+  m_usePrompt = nullptr;
+  m_state = State::Command;
+}
+
+void CSimulatedModem::TakeCommandCharacter(char c) {
+  if (m_bEcho) m_world.Write(std::string(1, c));
+  switch (m_line.Take(c, static_cast<char>(m_registers[kTerminator]), static_cast<char>(m_registers[kBackspace]))) {
+    case CAtLine::Event::Line:
+      m_strBody = m_line.Body();
+      if (m_line.TooLong()) {
+        End(Error());
+      } else {
+        StartLine(m_strBody);
+      }
+      break;
+    case CAtLine::Event::Repeat:
+      StartLine(m_strBody);
+      break;
+    case CAtLine::Event::None:
+      break;
+  }
+}
+
+void CSimulatedModem::TakePromptCharacter(char c) {
+  if (c == kCtrlZ || c == kEscape) {
+    m_state = State::Busy;
+    const std::string text = std::move(m_strPrompt);
+    const auto use = std::move(m_usePrompt);
+    if (c == kEscape) {
+      End(Ok());
+      return;
+    }
+    const Result result = m_bPromptTooLong ? Cms(kCmsInvalidPduParameter) : use(text);
+    if (result.kind != Result::Kind::Later) Finish(result);
+    return;
+  }
+  if (m_bEcho) m_world.Write(std::string(1, c));
+  if (c == static_cast<char>(m_registers[kBackspace])) {
+    if (!m_strPrompt.empty()) m_strPrompt.pop_back();
+  } else if (m_strPrompt.size() == kPromptLimit) {
+    m_bPromptTooLong = true;
+  } else if (c != '\r' && c != '\n') {
+    m_strPrompt += c;
+  }
+}
+
+void CSimulatedModem::OpenPrompt(std::function<Result(const std::string&)> use) {
+  WriteInformation();
+  m_usePrompt = std::move(use);
+  m_strPrompt.clear();
+  m_bPromptTooLong = false;
+  m_state = State::Prompt;
+  m_world.Write("\r\n> ");  // these four characters, whatever ATV and the registers say (3GPP TS 27.005, 3.5.1)
+}
+
+void CSimulatedModem::StartLine(const std::string& body) {
+  m_state = State::Busy;
+  m_strBody = body;
+  m_uPosition = 0;
+  RunLine();
+}
+
+void CSimulatedModem::RunLine() {
+  AtCommand command;
+  while (NextCommand(m_strBody, &m_uPosition, &command)) {
+    const Result result = Execute(command);
+    if (result.kind == Result::Kind::Later) return;
+    WriteInformation();
+    if (result.kind != Result::Kind::Ok) {
+      End(result);
+      return;
+    }
+  }
+  End(m_uPosition == m_strBody.size() ? Ok() : Error());
+}
+
+CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
+  for (const auto* const table : {&GeneralCommands(), &MessageCommands()}) {
+    const auto found =
+        std::find_if(table->begin(), table->end(), [&](const Entry& entry) { return command.name == entry.name; });
+    if (found != table->end()) return (this->*found->handler)(command);
+  }
+  Result result;
+  return FindNumber(command, &result) ? result : Error();
+}
+
+bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
+  static const NumberEntry kNumbers[] = {
+      {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},
+      {"+CMGF", 0, &CSimulatedModem::m_iFormat},  // PDU mode only
+      {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
+      {"+CGSMS", 3, &CSimulatedModem::m_iBearer},
+  };
+  const auto found = std::find_if(std::begin(kNumbers), std::end(kNumbers),
+                                  [&](const NumberEntry& entry) { return command.name == entry.name; });
+  if (found == std::end(kNumbers)) return false;
+  switch (command.form) {
+    case AtCommand::Form::Test:
+      Inform(command.name + ": (0" + (found->highest == 0 ? "" : "-" + std::to_string(found->highest)) + ")");
+      break;
+    case AtCommand::Form::Read:
+      Inform(command.name + ": " + std::to_string(this->*found->value));
+      break;
+    case AtCommand::Form::Execute:
+      this->*found->value = 0;
+      break;
+    case AtCommand::Form::Set: {
+      const CValues values(command.values);
+      if (!values.Valid() || values.Count() > 1 || !values.Number(0, 0, found->highest, &(this->*found->value))) {
+        *out = Error();
+        return true;
+      }
+      break;
+    }
+  }
+  *out = Ok();
+  return true;
+}
+
+void CSimulatedModem::Finish(const Result& result) {
+  WriteInformation();
+  if (result.kind == Result::Kind::Ok) {
+    RunLine();
+  } else {
+    End(result);
+  }
+}
+
+void CSimulatedModem::End(const Result& result) {
+  WriteInformation();
+  WriteResult(result);
+  m_state = State::Command;
+  FlushUnsolicited();
+  const std::string held = std::move(m_strHeld);
+  m_strHeld.clear();
+  Receive(held.data(), held.size());
+}
+
+std::string CSimulatedModem::LineEnd() const {
+  return {static_cast<char>(m_registers[kTerminator]), static_cast<char>(m_registers[kFormatting])};
+}
+
+void CSimulatedModem::Inform(const std::string& line) { m_lstInformation.push_back(line); }
+
+void CSimulatedModem::WriteInformation() {
+  if (m_lstInformation.empty()) return;
+  std::string text;
+  for (const std::string& line : m_lstInformation) text += (text.empty() ? "" : LineEnd()) + line;
+  m_lstInformation.clear();
+  WriteText(text);
+}
+
+void CSimulatedModem::WriteText(const std::string& text) {
+  m_world.Write((m_bVerbose ? LineEnd() : std::string()) + text + LineEnd());
+}
+
+void CSimulatedModem::WriteResult(const Result& result) {
+  if (m_bQuiet) return;
+  const char* word = "OK";
+  char digit = '0';
+  switch (result.kind) {
+    case Result::Kind::Cme:
+      if (m_iErrorForm != 0) {
+        WriteText("+CME ERROR: " + (m_iErrorForm == 1 ? std::to_string(result.code) : CmeText(result.code)));
+        return;
+      }
+      word = "ERROR";
+      digit = '4';
+      break;
+    case Result::Kind::Cms:
+      // A number in every form of +CMEE: <err> of 3GPP TS 27.005, 3.2.5 has no other.
+      WriteText("+CMS ERROR: " + std::to_string(result.code));
+      return;
+    case Result::Kind::Error:
+      word = "ERROR";
+      digit = '4';
+      break;
+    case Result::Kind::NoCarrier:
+      word = "NO CARRIER";
+      digit = '3';
+      break;
+    case Result::Kind::Ok:
+    case Result::Kind::Later:
+      break;
+  }
+  if (m_bVerbose) {
+    WriteText(word);
+  } else {
+    m_world.Write({digit, static_cast<char>(m_registers[kTerminator])});
+  }
+}
+
+void CSimulatedModem::Unsolicited(const std::string& line) {
+  if (m_lstUnsolicited.size() == kUnsolicitedLimit) m_lstUnsolicited.pop_front();
+  m_lstUnsolicited.push_back(line);
+  FlushUnsolicited();
+}
+
+void CSimulatedModem::FlushUnsolicited() {
+  if (m_state != State::Command && !m_options.interrupt) return;
+  while (!m_lstUnsolicited.empty()) {
+    if (!m_bQuiet) WriteText(m_lstUnsolicited.front());
+    m_lstUnsolicited.pop_front();
+  }
+}
+
+}  // namespace modem_sim
