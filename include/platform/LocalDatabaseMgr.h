@@ -23,11 +23,13 @@ struct __ST_FIELD_TYPE {
 };
 
 /// Purpose: one connection; rows are addressed by an index that counts from 1 and is never used twice.
-/// Threads: any. A transaction belongs to the thread that began it; writes of other threads wait for its end (with a
-///          limit, then DB_ERROR_FAILURE). Not a cancellation point.
+/// Threads: any. A transaction belongs to the thread that began it; writes of other threads wait for its end (ten
+///          seconds, then DB_ERROR_FAILURE), reads do not and see what was committed. Its thread's end and
+///          CloseConnection undo it. Not a cancellation point.
 /// Errors:  __DB_ERROR_CODE; what went wrong goes to the trace.
 /// Durable: a write outside a transaction, and EndTransaction, return when the data is on the disk.
 /// Text:    any sequence of 16-bit units comes back unchanged, also half a surrogate pair.
+/// Names:   of tables and columns: a letter or '_', then letters, digits and '_'; else DB_ERROR_INVALID_PARAM.
 class PLATFORM_API LocalDatabaseMgr {
 public:
   typedef std::vector<__ST_FIELD_TYPE> FieldType;
@@ -53,9 +55,11 @@ public:
   /// Rewrites the named values; DB_ERROR_RECORD_NOT_EXSIST when there is no such row.
   int UpdateRecord(const char* pszTable, unsigned int uIndex, const FieldType& vctFields);
   int DeleteRecord(const char* pszTable, unsigned int uIndex);
-  /// @param vctFields  out: the values in the order of the table's columns; empty when there is no such row.
+  /// Cheapest in ascending order right after GetAllRecordIndex.
+  /// @param vctFields  out: the values in the order of the names given to GennerateTable or ConvertTable, further
+  ///                   columns behind them; empty when there is no such row. Its room is used again.
   int GetOneRecord(const char* pszTable, unsigned int uIndex, FieldType& vctFields);
-  /// All indexes, ascending: the order of insertion.
+  /// All indexes, ascending: the order of insertion. On failure those that could be read.
   int GetAllRecordIndex(const char* pszTable, std::vector<int>& vctIndex);
   /// Number of rows, without reading them.
   int GetRecordCount(const char* pszTable, int& iCount);
