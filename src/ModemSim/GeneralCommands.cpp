@@ -63,6 +63,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"+CREG", &M::OnRegistration},
       {"+CGREG", &M::OnRegistration},
       {"+COPS", &M::OnOperator},
+      {"+CGATT", &M::OnAttachment},
       {"+CSCS", &M::OnCharacterSet},
       {"S0", &M::OnRegister},
       {"S3", &M::OnRegister},
@@ -280,6 +281,16 @@ CSimulatedModem::Result CSimulatedModem::OnRegistration(const AtCommand& command
   }
   const CValues values(command.values);
   return values.Valid() && values.Number(0, 0, 2, &mode) ? Ok() : Cme(kCmeIncorrectParameters);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnAttachment(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CGATT: (0,1)");
+    return Ok();
+  }
+  if (command.form != AtCommand::Form::Read) return Cme(kCmeNotAllowed);  // it attaches and detaches by itself
+  Inform(std::string("+CGATT: ") + (Registered() ? "1" : "0"));
+  return Ok();
 }
 
 CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {

@@ -135,6 +135,7 @@ private:
   Result OnActivity(const AtCommand& command);
   Result OnFunctionality(const AtCommand& command);
   Result OnRegistration(const AtCommand& command);
+  Result OnAttachment(const AtCommand& command);
   Result OnOperator(const AtCommand& command);
   Result OnCharacterSet(const AtCommand& command);
   Result Inform(const AtCommand& command, const std::string& text);
