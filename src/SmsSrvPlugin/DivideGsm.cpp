@@ -1,6 +1,7 @@
 // Division for GSM devices, and the carrier's variant with parts of 90 octets.
 #include "DivideSmContent.h"
 
+#include "GreedyFill.h"
 #include "platform/Gsm7bit.h"
 
 std::atomic<unsigned char> btMR(0);
@@ -13,30 +14,11 @@ const int kBitsConcatenated = 1072;          // 6 octets of header
 const int kBitsNational = 1088;              // 4 octets
 const int kBitsConcatenatedNational = 1048;  // 9 octets
 
-const int kSeptetsAlone = 160;
-const int kSeptetsNational = 155;
+const int kUcs2Alone = 70;  // units
+const int kUcs2PerPart = 67;
+
 const int kMostParts = 255;  // as 3GPP TS 23.040, 9.2.3.24.1 can count
 const int kMostUnits = 160;  // of one part
-
-void AppendWhole(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, CSmsPackSequence& vctSmsPack) {
-  vctSmsPack.Append(pszSrcChar, nSrcCharLen, iCharTypeProperties[ctGSM7][ctcDCS]);
-}
-
-/// A text of the GSM alphabet and its extension table.
-bool DivideGsmText(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, CSmsPackSequence& vctSmsPack, bool bDivideLongSm,
-                   int iExCounter) {
-  // a text without extension characters takes no national header, on purpose
-  const bool bNational = iExCounter > 0 && CGsm7bit::m_bHaveCustomize;
-  if (nSrcCharLen + iExCounter > (bNational ? kSeptetsNational : kSeptetsAlone)) {
-    return bNational ? DivideContent_ZL_Ex(pszSrcChar, nSrcCharLen, vctSmsPack, bDivideLongSm, CGsm7bit::m_stNLI_flag)
-                     : DivideContent_ZL(pszSrcChar, nSrcCharLen, vctSmsPack, bDivideLongSm);
-  }
-  AppendWhole(pszSrcChar, nSrcCharLen, vctSmsPack);
-  if (bNational) {
-    SetNationalLanguage7BitInfo(vctSmsPack, CGsm7bit::m_stNLI_flag);
-  }
-  return LongSms(vctSmsPack, bDivideLongSm);
-}
 
 }  // namespace
 
@@ -65,7 +47,7 @@ int CDivideSmContent::DivideSmContentForZPV(const VELK_wchar_t* pszSrcChar, int 
   if (stClass.enType == ctUCS2 || stClass.iExCounter > kMostExtensions) {
     DivideEvenly(pszSrcChar, nSrcCharLen, vctSmsPack, kUnitsZpv, kUnitsZpv, kDcsZpv);
   } else if (nSrcCharLen <= kSeptetsZpv - stClass.iExCounter) {
-    AppendWhole(pszSrcChar, nSrcCharLen, vctSmsPack);
+    vctSmsPack.Append(pszSrcChar, nSrcCharLen, iCharTypeProperties[ctGSM7][ctcDCS]);
   } else {
     DivideContent_Customize(pszSrcChar, nSrcCharLen, vctSmsPack);
   }
@@ -78,11 +60,17 @@ bool DivideContent(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, CSmsPackSequ
   if (pszSrcChar == nullptr || nSrcCharLen < 1 || nSrcCharLen > kMostParts * kMostUnits) {
     return false;
   }
-  const TextClass stClass = ClassifyText(pszSrcChar, nSrcCharLen);
-  if (stClass.enType != ctUCS2) {
-    return DivideGsmText(pszSrcChar, nSrcCharLen, vctSmsPack, bDivideLongSm, stClass.iExCounter);
+  // most texts are GSM without national tables, so they are divided as such and looked at only once
+  const int iBefore = vctSmsPack.Count();
+  const enCHAR_TYPE enType = FillParts(pszSrcChar, nSrcCharLen, vctSmsPack, kBitsAlone,
+                                       bDivideLongSm ? kBitsConcatenated : kBitsAlone, ctGSM7EX);
+  if (enType == ctUCS2) {
+    vctSmsPack.Shrink(iBefore);
+    DivideEvenly(pszSrcChar, nSrcCharLen, vctSmsPack, kUcs2Alone, kUcs2PerPart, iCharTypeProperties[ctUCS2][ctcDCS]);
+  } else if (enType == ctGSM7EX && CGsm7bit::m_bHaveCustomize) {
+    vctSmsPack.Shrink(iBefore);
+    return DivideContent_ZL_Ex(pszSrcChar, nSrcCharLen, vctSmsPack, bDivideLongSm, CGsm7bit::m_stNLI_flag);
   }
-  DivideEvenly(pszSrcChar, nSrcCharLen, vctSmsPack, 70, 67, iCharTypeProperties[ctUCS2][ctcDCS]);
   return LongSms(vctSmsPack, bDivideLongSm);
 }
 

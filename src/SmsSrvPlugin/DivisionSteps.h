@@ -13,7 +13,7 @@ extern std::atomic<unsigned char> btMR;
 
 // All of them append to vctSmsPack, which refers to the text. False: empty text, or more than 255 parts.
 
-/// Classifies the text and divides it by what it needs.
+/// Divides the text by what its characters need: national tables only for a text with extension characters, on purpose.
 bool DivideContent(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, CSmsPackSequence& vctSmsPack, bool bDivideLongSm);
 /// Without national tables.
 bool DivideContent_ZL(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, CSmsPackSequence& vctSmsPack,

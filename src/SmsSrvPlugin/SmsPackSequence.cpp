@@ -1,6 +1,7 @@
 // The parts of one division, and writing them out.
 #include "SmsPackSequence.h"
 
+#include <algorithm>
 #include <cstring>
 
 void CSmsPackSequence::Append(const VELK_wchar_t* pwText, int iLength, int iDCS, SMS_STAT enStat) {
@@ -11,6 +12,11 @@ void CSmsPackSequence::Append(const VELK_wchar_t* pwText, int iLength, int iDCS,
     m_vctMore.push_back(stStretch);
   }
   ++m_iCount;
+}
+
+void CSmsPackSequence::Shrink(int iCount) {
+  m_iCount = std::max(0, std::min(iCount, m_iCount));
+  m_vctMore.resize(static_cast<std::size_t>(std::max(0, m_iCount - kInPlace)));
 }
 
 void CSmsPackSequence::SetConcatenated(BYTE btMR) {

@@ -17,6 +17,9 @@ public:
   /// @param enStat   SMS_STAT_SENT as in a fresh record, SMS_STAT_UNREAD as in one cleared to zero.
   void Append(const VELK_wchar_t* pwText, int iLength, int iDCS, SMS_STAT enStat = SMS_STAT_SENT);
 
+  /// Drops all parts behind the first iCount.
+  void Shrink(int iCount);
+
   // Of all parts.
   void SetNationalLanguage(const SMS_NLI& stNLI) { m_stNLI = stNLI; }
   void SetConcatenated(BYTE btMR);

@@ -125,6 +125,8 @@ TEST_F(CharMap, IgnoresTextOutsideBraces) {
   EXPECT_EQ(u"e'", Map("# euro\n 20AC,66 } {20AC,65}, and\n{2019,27} the rest", u"\u20AC\u2019").strText);
 }
 
+TEST_F(CharMap, LeavesOutBlanksInsideANumber) { EXPECT_EQ(u"e", Map("{2 0A C,6 5 }", u"\u20AC").strText); }
+
 TEST_F(CharMap, AcceptsAHexadecimalMarkAndTabs) {
   EXPECT_EQ(u"e'", Map("{0x20AC,0x65}{\t2019,\n27}", u"\u20AC\u2019").strText);
 }

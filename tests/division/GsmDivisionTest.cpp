@@ -262,6 +262,22 @@ TEST(DivisionSteps, AppendBehindWhatIsThere) {
   EXPECT_EQ(u"de", Content(sequence.At(1)));
 }
 
+TEST(DivisionSteps, KeepWhatIsThereWhenTheTextTurnsOutUcs2) {
+  for (const int iBefore : {1, 254, 300}) {
+    CSmsPackSequence sequence;
+    for (int i = 0; i < iBefore; ++i) {
+      sequence.Append(u"x", 1, 0);
+    }
+    const VELK_wstring strText = Of(u'a', 160 * 3) + kCyrillic;
+    DivideContent(strText.c_str(), LengthOf(strText), sequence, true);
+    ASSERT_EQ(iBefore + 8, sequence.Count());
+    EXPECT_EQ(u"x", Content(sequence.At(iBefore - 1)));
+    EXPECT_EQ(67, sequence.At(iBefore).iContentLen);
+    EXPECT_EQ(8, sequence.At(iBefore).cDCS);
+    EXPECT_EQ(12, sequence.At(iBefore + 7).iContentLen);
+  }
+}
+
 TEST(DivisionSteps, TheFillGivesEveryPartItsOwnCoding) {
   const VELK_wstring strText = Of(u'a', 150) + Of(kCyrillic, 60) + Of(u'b', 160);
   CSmsPackSequence sequence;

@@ -172,12 +172,19 @@ TEST(EndThread, KillsAThreadThatOutlivesTheLimit) {
   ASSERT_EQ(0, thread.StartThread(&worker, &CWorker::TakeUntilStopped, 1));
   ASSERT_EQ(0, worker.m_entered.WaitForSingleObject(5000));
   const auto start = RealClock::now();
-  std::thread later([&] { clock.Advance(60000); });
+  std::atomic<bool> bEnded{false};
+  std::thread time([&] {
+    while (!bEnded) {
+      clock.Advance(1000);
+      std::this_thread::yield();
+    }
+  });
   thread.EndThread(60U);
+  bEnded = true;
   EXPECT_LT(SecondsSince(start), 30.0);
   EXPECT_FALSE(thread.IsRunning());
   EXPECT_FALSE(worker.m_bFinished);
-  later.join();
+  time.join();
 }
 
 TEST(EndThread, KillsWithinTheLimitWhenTheClockStandsStill) {
