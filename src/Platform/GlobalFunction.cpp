@@ -9,13 +9,14 @@
 
 int CGlobalFunction::GetSetting(const VELK_wchar_t* pszModule, const VELK_wchar_t* pszItem, VELK_wchar_t* pszBuffer,
                                 int iSize) {
-  if (pszModule == nullptr || pszItem == nullptr) {
-    return CopyOut(std::u16string_view(), pszBuffer, iSize);
-  }
   const CNoCancel noCancel;
   int iLength = 0;
-  CSettingsStore::Instance().Read(pszModule, pszItem,
-                                  [&](std::u16string_view value) { iLength = CopyOut(value, pszBuffer, iSize); });
+  const auto copy = [&](std::u16string_view value) { iLength = CopyOut(value, pszBuffer, iSize); };
+  if (pszModule == nullptr || pszItem == nullptr) {
+    copy(std::u16string_view());
+  } else {
+    CSettingsStore::Instance().Read(pszModule, pszItem, copy);
+  }
   return iLength;
 }
 

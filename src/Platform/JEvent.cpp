@@ -102,8 +102,8 @@ CEventWait::CEventWait(int iCount, JEvent* const* ppEvents, bool bWaitAll, std::
 }
 
 int CEventWait::Run() {
-  pthread_testcancel();
   std::unique_lock<std::mutex> lock(g_lock);
+  pthread_testcancel();  // also where there is nothing to wait for
   if (TakeLocked()) {
     return m_iResult;
   }

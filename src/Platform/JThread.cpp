@@ -45,6 +45,10 @@ struct JThread::State {
   bool IsSelfLocked() const {
     return (phase == kRunning || phase == kEnded) && pthread_equal(thread, pthread_self()) != 0;
   }
+  bool HasResisted() {
+    const std::lock_guard<std::mutex> guard(mutex);
+    return phase == kRunning && bResists;
+  }
   void ChangeLocked(Phase enPhase) {
     phase = enPhase;
     changed.Broadcast();
@@ -61,6 +65,7 @@ struct JThread::State {
   Phase phase = kIdle;
   unsigned int uRun = 0;  // counts the runs
   bool bStarted = false;  // this run has called ThreadStarted()
+  bool bResists = false;  // this run has outlived a Kill()
   pthread_t thread{};     // valid while kRunning, kEnded or kJoining
 };
 
@@ -124,6 +129,7 @@ void* JThread::State::Main(void* pArgument) {
 /// The new thread cannot get past its first look at the state before this returns or waits.
 int JThread::State::CreateLocked(std::unique_lock<std::mutex>& lock, std::unique_ptr<Birth> pBirth) {
   bStarted = false;
+  bResists = false;
   if (pthread_create(&thread, nullptr, &State::Main, pBirth.get()) != 0) {
     return kRefused;
   }
@@ -169,11 +175,11 @@ bool JThread::State::AwaitEndLocked(std::unique_lock<std::mutex>& lock, std::int
 JThread::JThread() : m_pState(std::make_shared<State>()) {}
 
 JThread::~JThread() {
-  if (Kill() == kDone) {
-    return;
+  const bool bEnded = m_pState->HasResisted() ? WaitForEnd(0) : Kill() == kDone;
+  if (!bEnded) {
+    const std::lock_guard<std::mutex> guard(m_pState->mutex);
+    pthread_detach(m_pState->thread);  // beyond our reach; its state stays with it
   }
-  const std::lock_guard<std::mutex> guard(m_pState->mutex);
-  pthread_detach(m_pState->thread);  // beyond our reach; its state stays with it
 }
 
 int JThread::Start() {
@@ -208,7 +214,11 @@ int JThread::Kill() {
   if (state.phase == State::kRunning) {
     pthread_cancel(state.thread);
   }
-  return state.AwaitEndLocked(lock, kKillMs) ? kDone : kRefused;
+  if (!state.AwaitEndLocked(lock, kKillMs)) {
+    state.bResists = true;
+    return kRefused;
+  }
+  return kDone;
 }
 
 bool JThread::IsRunning() const {

@@ -17,13 +17,12 @@ public:
   /// Lives as long as the process: threads may outlive static objects.
   static CSettingsStore& Instance();
 
-  /// Calls fnUse with the value in force, unless there is none. Under the lock: fnUse only copies.
+  /// Calls fnUse with the value in force, empty when there is none. Under the lock: fnUse only copies.
   template <class Use>
   void Read(std::u16string_view module, std::u16string_view item, const Use& fnUse) {
     const std::lock_guard<std::mutex> guard(m_lock);
-    if (const VELK_wstring* const pstrValue = FindLocked(module, item)) {
-      fnUse(std::u16string_view(*pstrValue));
-    }
+    const VELK_wstring* const pstrValue = FindLocked(module, item);
+    fnUse(pstrValue == nullptr ? std::u16string_view() : std::u16string_view(*pstrValue));
   }
   bool Write(std::u16string_view module, std::u16string_view item, std::u16string_view value);
   /// @param pszValue  null: the file counts again.
