@@ -10,6 +10,8 @@
 
 class CSMSRecordImpl;
 class CSMSServiceImpl;
+class IDeviceMgr;
+class IDeviceService;
 class IShortMessage;
 
 /// Life:    loads when StartThread is called; BackBeforeInit when the device goes. The mirror object lives as long as
@@ -73,32 +75,53 @@ public:
   void Init();
 
 private:
-  class CServiceHold;
+  /// The message service for the length of one operation; null when it is absent.
+  class CServiceHold {
+  public:
+    explicit CServiceHold(CDeviceSMSImpl& store);
+    ~CServiceHold() { m_store.m_pSmsSrv = nullptr; }
+    CServiceHold(const CServiceHold&) = delete;
+    CServiceHold& operator=(const CServiceHold&) = delete;
+    IShortMessage* Get() const { return m_pService; }
+
+  private:
+    CDeviceSMSImpl& m_store;
+    IShortMessage* const m_pService;
+  };
   class CReadLockHold;
   struct LoadRun;
   struct SavePlan;
 
-  bool IsQuitting() const { return m_bIsQuitThread || m_iStopRequests > 0; }
-  bool IsMemoryListed();
-  bool IsSimReadable();
+  static bool ToHandle(long id, MSG_HANDLE& hMsg);
+  /// As the device wants it for reading without a change that the device itself would not keep.
+  static int CarefulReadMode(IShortMessage& service);
 
   // loading; m_MutexReadSMS and the service's read lock held
+  bool IsQuitting() const { return m_bIsQuitThread || m_iStopRequests > 0; }
+  static bool IsListed(IDeviceMgr& manager, SMS_MEM enMem);
+  void InitSim(IDeviceMgr& manager, IDeviceService& device);
   void Load();
+  void LoadAll(IShortMessage& service);
+  static int LoadReadMode(IShortMessage& service, bool bSaveLocal);
   bool ListMemory(IShortMessage& service, std::vector<MSG_HANDLE>& handles);
-  int ChooseReadMode(IShortMessage& service, bool bSaveLocal) const;
-  /// @return false: stop.
+  /// @return false: the load has to stop.
   bool LoadOne(const LoadRun& run, MSG_HANDLE hMsg);
+  /// @return true: the message is on the device no longer.
   bool MoveAway(const LoadRun& run, const SMReadRecord& stMessage, MSG_HANDLE hMsg);
   void KeepInMirror(const LoadRun& run, const SMReadRecord& stMessage, MSG_HANDLE hMsg);
   void CutOne(const LoadRun& run, const SMReadRecord& stMessage, MSG_HANDLE hMsg);
   bool GiveToMmsSide(const SMReadRecord& stMessage);
 
   // saving
-  bool MakePlan(const ISMSRecord& record, SavePlan& plan) const;
-  bool WritePart(IShortMessage& service, SMS_PARAM& part, MSG_HANDLE& hMsg);
+  SavePlan MakePlan(const ISMSRecord& record);
+  long WriteAll(IShortMessage& service, const SavePlan& plan, std::vector<long>& ids);
+  bool WriteOne(IShortMessage& service, SMS_PARAM& stPart, std::vector<long>& ids);
 
   // the mirror
   long PutIntoMirror(CSMSRecordImpl& record);
+  /// Replaces what is there; adds nothing.
+  void ReplaceInMirror(CSMSRecordImpl& record);
+  void DropFromMirror(long id);
   void EmptyMirror();
 
   const SMS_MEM m_enMem;

@@ -5,11 +5,13 @@
 #include "ThreadWrappers.h"
 #include "platform/LocalDatabaseMgr.h"
 
+#include <pthread.h>
 #include <atomic>
+#include <ctime>
 #include <string>
 #include <vector>
 
-class CDatabaseTurn;
+class CStoreTurn;
 class CSMSRecordImpl;
 class CSMSServiceImpl;
 
@@ -59,35 +61,49 @@ public:
   static void GetSMSRecord(long id, const LocalDatabaseMgr::FieldType& fields, ISMSRecord* record);
 
 private:
-  class CSaveTurn;
-
   /// Body of m_InitThread.
   void Init();
   void OpenDatabase();
-  // loading, m_MutexReadSMS held
-  CSMSRecordSetImpl* LoadSet(CDatabaseTurn& turn);
+
+  // loading; m_MutexReadSMS held
+  void ReadCleanupAge();
+  CSMSRecordSetImpl* LoadSet(CStoreTurn& turn);
   void ReadAllRows(CSMSRecordSetImpl& set);
-  bool IsOutdated(const ISMSRecord& record) const;
+  static void EndLoad(CStoreTurn& turn);
 
   // rows
+  static bool ToRow(long id, unsigned int& uIndex);
+  /// @param fields  out: filled when the result is true; its room is used again.
   bool ReadRow(long id, LocalDatabaseMgr::FieldType& fields);
   bool ReadRow(long id, CSMSRecordImpl& record);
-  bool RewriteRow(long id, const ISMSRecord& record);
+  bool AddRow(const LocalDatabaseMgr::FieldType& fields, CStoreTurn& turn, long& id);
+  bool RewriteRow(long id, const LocalDatabaseMgr::FieldType& fields);
 
-  // the set
+  // the set, changed within a turn
   bool HasSet();
   void PutIntoSet(CSMSRecordImpl& record);
+  /// @return false: there is no set.
   bool DropFromSet(long id);
   /// Ends a turn in which one message was changed; when that fails, makes the set agree with the row again.
-  bool EndChange(CDatabaseTurn& turn, long id);
+  bool EndChange(CStoreTurn& turn, long id);
   void AgreeWithRow(long id);
+  void NotePending(long id);
+  void AgreeWithRows(const std::vector<long>& ids);
 
-  // saving; the turn and m_MutexCombine held where a CSaveTurn is passed
-  long StoreAlone(ISMSRecord& record, CSaveTurn& turn);
-  long Combine(ISMSRecord& record, CSaveTurn& turn, std::vector<long>& mergedIds);
-  bool CollectParts(const ISMSRecord& record, std::vector<CSMSRecordImpl>& candidates);
+  // saving; with a turn: it is open and m_MutexCombine held
+  bool Store(ISMSRecord& record, std::vector<long>& mergedIds);
+  bool StoreAlone(ISMSRecord& record, CStoreTurn& turn);
+  bool StoreWhole(ISMSRecord& incoming, const VELK_wstring& strContent, CStoreTurn& turn, long& id);
+  bool MoveToRecycleBox(CSMSRecordImpl& record, CStoreTurn& turn);
+
+  // combining
+  /// @param mergedIds  out: the parts to give to RemoveMergedParts once the locks are released.
+  /// @return false: nothing was changed.
+  bool Combine(ISMSRecord& record, CStoreTurn& turn, std::vector<long>& mergedIds);
+  std::vector<CSMSRecordImpl> CollectParts(const ISMSRecord& record, std::time_t t0);
   void RemoveMergedParts(const std::vector<long>& mergedIds);
   void AnnounceMergedPart(long id);
+  void ForgetMerging(const std::vector<long>& ids);
 
   LocalDatabaseMgr m_AddrDataBaseMgr;
   std::string m_strFileName;  // empty, not used
@@ -103,7 +119,8 @@ private:
   std::atomic<bool> m_bQuit;       // asks a load to stop, once and for all
   JMutex m_MutexCombine;           // looking for the other parts and storing one are one step
   std::vector<long> m_vctMerging;  // parts that are inside a whole message already; guarded by m_MutexCombine
-  JMutex m_MutexPending;
-  int m_iTransactions;             // open client transactions; guarded by m_MutexPending
-  std::vector<long> m_vctPending;  // changed within them; guarded by m_MutexPending
+  JMutex m_MutexPending;           // the rest
+  int m_iTransactions;             // transactions that a client has begun and not ended
+  pthread_t m_transactionThread;   // whose they are
+  std::vector<long> m_vctPending;  // changed within them: the set has to be set right when they fail
 };
