@@ -4,7 +4,7 @@ set -eu
 
 packages=(
   g++ cmake ninja-build python3 binutils    # build and checks
-  libboost-dev libcli11-dev libsimpleini-dev libspdlog-dev libsqlite3-dev
+  libboost-dev libcli11-dev libsqlite3-dev
   libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
 )
 

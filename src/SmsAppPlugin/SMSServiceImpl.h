@@ -116,6 +116,7 @@ public:
   bool Save2Local(const SMReadRecord& stRecord);
 
 private:
+  friend class CSendPathAccess;  // tests hand parts to the send path that no division yields
   typedef std::list<ISMSEvent*> ClientList;
   struct SendRun;
   class CSendRequestOwner;

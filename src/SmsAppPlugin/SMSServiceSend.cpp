@@ -6,6 +6,7 @@
 #include "MyGlobalFunc.h"
 #include "SMSRecordImpl.h"
 #include "SMSServiceImpl.h"
+#include "SendRun.h"
 #include "ServiceTrace.h"
 #include "services/IDeviceMgr.h"
 #include "services/IDeviceService.h"
@@ -24,19 +25,6 @@ const std::size_t kMostNumberOctets = 32;
 CCharacterMapFile g_sendMap;
 
 }  // namespace
-
-/// What one run of the send thread knows.
-struct CSMSServiceImpl::SendRun {
-  VELK_wstring strKept;  // the content as the client gave it
-  std::vector<SMS_PARAM> parts;
-  std::vector<VELK_wstring> numbers;
-  std::vector<bool> failed;  // by index of the number
-  std::size_t number = 0;
-  long lPartCounter = 0;  // parts moved past, over all numbers
-  bool bCancelled = false;
-
-  void FailNumber() { failed[number] = true; }
-};
 
 /// Owns the request of a run. However the run ends, the request goes and a waiting cancel is let go.
 class CSMSServiceImpl::CSendRequestOwner {
