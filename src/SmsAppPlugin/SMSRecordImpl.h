@@ -97,6 +97,8 @@ private:
   friend class CSMSRecordSetImpl;
   friend class CSMSRecordIndex;
 
+  bool KeepsItsTime() const;
+
   VELK_wstring m_strNumber;
   VELK_wstring m_strContent;
   VELK_wstring m_strTime;

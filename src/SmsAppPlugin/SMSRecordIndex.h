@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <tuple>
@@ -42,9 +43,10 @@ private:
   };
   /// Number, reference, total, place in the list.
   typedef std::tuple<VELK_wstring, int, int, std::uint64_t> PartKey;
-  static PartKey KeyOf(const CSMSRecordImpl& record);
+  typedef std::tuple<const VELK_wstring&, int, int, std::uint64_t> PartKeyView;
+  static PartKeyView KeyOf(const CSMSRecordImpl& record);
 
   std::unordered_map<unsigned long, Page> m_pages;
-  std::map<PartKey, Iterator> m_parts;
+  std::map<PartKey, Iterator, std::less<>> m_parts;
   bool m_bTwins = false;
 };

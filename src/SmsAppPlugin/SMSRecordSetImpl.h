@@ -85,7 +85,11 @@ private:
   RecordList::iterator FindLocked(long lID);
   /// Makes the index agree with the list. @return false: memory is short, walk instead.
   bool HasIndexLocked();
+  /// @return true: the record, or the one it replaced, is unread.
   bool StoreLocked(CSMSRecordImpl& record);
+  void ReplaceLocked(RecordList::iterator it, CSMSRecordImpl& fresh);
+  void AppendLocked(RecordList& fresh);
+  void AddToIndexLocked(RecordList::iterator it);
   template <class Value>
   Value ReadAtCursor(Value (CSMSRecordImpl::*pfnGet)() const);
 
