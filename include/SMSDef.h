@@ -56,24 +56,25 @@ enum STORAGE_KIND { SMS_LOCAL = 0, SMS_SIM = 1, SMS_NV = 2 };
 }  // namespace NS_SMS
 
 // ---------------------------------------------------------------------------------------------------------------------
-// As the device services see messages
+// As the device services see messages. 32 bits each, and any value may arrive: devices know kinds and states of their
+// own, and whoever reads one has an answer for "anything else".
 // ---------------------------------------------------------------------------------------------------------------------
 
-enum SMS_MEM { SMS_MEM_SM = 0, SMS_MEM_ME = 1, SMS_MEM_UNKNOW = 2 };
+enum SMS_MEM : int { SMS_MEM_SM = 0, SMS_MEM_ME = 1, SMS_MEM_UNKNOW = 2 };
 
-enum SM_PRIORITY {
+enum SM_PRIORITY : int {
   SM_PRIORITY_NORMAL = 0,
   SM_PRIORITY_INTERACTIVE = 1,
   SM_PRIORITY_URGENT = 2,
   SM_PRIORITY_EMERGENCY = 3
 };
 
-enum SMS_CLASS { SMS_CLASS_0 = 0, SMS_CLASS_1 = 1, SMS_CLASS_2 = 2, SMS_CLASS_3 = 3, SMS_CLASS_INVALID = 4 };
+enum SMS_CLASS : int { SMS_CLASS_0 = 0, SMS_CLASS_1 = 1, SMS_CLASS_2 = 2, SMS_CLASS_3 = 3, SMS_CLASS_INVALID = 4 };
 
-enum SMS_REPLY_PATH { SMS_REPLY_PATH_LOCAL_SM_CENTER_ADDR = 0, SMS_REPLY_PATH_SOURCE_SM_CENTER_ADDR = 1 };
+enum SMS_REPLY_PATH : int { SMS_REPLY_PATH_LOCAL_SM_CENTER_ADDR = 0, SMS_REPLY_PATH_SOURCE_SM_CENTER_ADDR = 1 };
 
 /// Kind of a message in a device memory.
-enum SMS_IDENTIFYER {
+enum SMS_IDENTIFYER : int {
   SMS_IDENTIFYER_ORDINARILY = 0,
   SMS_IDENTIFYER_REPORT = 1,
   SMS_IDENTIFYER_MMS_NOTIFY = 2,
@@ -84,14 +85,20 @@ enum SMS_IDENTIFYER {
 };
 
 /// State of a message in a device memory; SMS_STAT_ALL is a list filter.
-enum SMS_STAT { SMS_STAT_UNREAD = 0, SMS_STAT_READ = 1, SMS_STAT_UNSENT = 2, SMS_STAT_SENT = 3, SMS_STAT_ALL = 4 };
+enum SMS_STAT : int {
+  SMS_STAT_UNREAD = 0,
+  SMS_STAT_READ = 1,
+  SMS_STAT_UNSENT = 2,
+  SMS_STAT_SENT = 3,
+  SMS_STAT_ALL = 4
+};
 
 /// Locking-shift table: the language identifier of 3GPP TS 23.038, 6.2.1.2.4. Spanish (2) has none.
-enum _SMS_NLI_LOCK { SMS_NLI_Lock_Reverse = 0, SMS_NLI_Turk_Lock = 1, SMS_NLI_Port_Lock = 3 };
+enum _SMS_NLI_LOCK : int { SMS_NLI_Lock_Reverse = 0, SMS_NLI_Turk_Lock = 1, SMS_NLI_Port_Lock = 3 };
 typedef _SMS_NLI_LOCK SMS_NLI_LOCK;
 
 /// Single-shift table: the language identifier of 3GPP TS 23.038, 6.2.1.2.4.
-enum _SMS_NLI_SIGNLE {
+enum _SMS_NLI_SIGNLE : int {
   SMS_NLI_Single_Reverse = 0,
   SMS_NLI_Turk_Single = 1,
   SMS_NLI_Span_Single = 2,
@@ -99,17 +106,21 @@ enum _SMS_NLI_SIGNLE {
 };
 typedef _SMS_NLI_SIGNLE SMS_NLI_SIGNLE;
 
-enum RECEIVE_NEWSMS_MODE { RECEIVE_NEWSMS_UNKNOW = 0, RECEIVE_NEWSMS_DIRECT = 1, RECEIVE_NEWSMS_AFTER_STORED = 2 };
+enum RECEIVE_NEWSMS_MODE : int {
+  RECEIVE_NEWSMS_UNKNOW = 0,
+  RECEIVE_NEWSMS_DIRECT = 1,
+  RECEIVE_NEWSMS_AFTER_STORED = 2
+};
 
-enum CBSStat { CBS_STAT_OPEN = 0, CBS_STAT_CLOSE = 1 };
+enum CBSStat : int { CBS_STAT_OPEN = 0, CBS_STAT_CLOSE = 1 };
 
-enum SMS_READ_STATUS { SMS_READ_STATUS_READ = 0, SMS_READ_STATUS_UNREAD = 1 };
+enum SMS_READ_STATUS : int { SMS_READ_STATUS_READ = 0, SMS_READ_STATUS_UNREAD = 1 };
 
 /// Whether reading an unread message marks it read on the device.
-enum UnreadSmAlterMode { UNREAD_SM_ALTER = 0, UNREAD_SM_NOT_ALTER = 1 };
+enum UnreadSmAlterMode : int { UNREAD_SM_ALTER = 0, UNREAD_SM_NOT_ALTER = 1 };
 
 /// Bearer for sending: packet or circuit switched, only or preferred.
-enum SmsBear { SMS_BEAR_ONLY_PS = 0, SMS_BEAR_ONLY_CS = 1, SMS_BEAR_PREF_PS = 2, SMS_BEAR_PREF_CS = 3 };
+enum SmsBear : int { SMS_BEAR_ONLY_PS = 0, SMS_BEAR_ONLY_CS = 1, SMS_BEAR_PREF_PS = 2, SMS_BEAR_PREF_CS = 3 };
 
 namespace DevDataDef {
 enum PRODUCT_TYPE {
