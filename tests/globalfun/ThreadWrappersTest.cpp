@@ -338,7 +338,7 @@ TEST_F(FanOut, CallsEveryElementInOrderWithOneArgument) {
 }
 
 TEST_F(FanOut, CallsEveryElementInOrderWithTwoArguments) {
-  CCallBack(m_list.begin(), m_list.end(), &CListener::OnPair, "merged", 20410);
+  CCallBack(m_list.begin(), m_list.end(), &CListener::OnPair, "merged", DWORD{20410});
   EXPECT_EQ((std::vector<std::string>{"first merged 20410", "second merged 20410"}), m_vctLines);
 }
 
