@@ -8,7 +8,9 @@
 
 /// Life:    may be started again after it has ended or was killed. Destroying a running thread kills it first; a
 ///          derived class must end its thread in its own destructor, while Thread() still exists.
-/// Threads: all operations from any thread.
+/// Threads: all operations from any thread; none is a cancellation point. A thread does not end itself: its own Kill()
+///          and WaitForEnd() fail.
+/// Errors:  an exception that leaves Thread() ends the thread; the trace tells.
 class PLATFORM_API JThread {
 public:
   JThread();
@@ -21,12 +23,12 @@ public:
   int Start();
   /// Ends a running thread by deferred cancellation: it is unwound at its next wait, scoped guards give their locks
   /// back, and waits at most two seconds for that. A thread that never waits goes on; its own state stays valid.
-  /// @return 0: it has ended; else it has not (yet).
+  /// @return 0: it has ended, nothing of it is left; else it has not (yet).
   int Kill();
   /// True from a successful Start() until Thread() has returned or was unwound.
   bool IsRunning() const;
   /// Waits until the thread has ended, at most so many milliseconds of real time.
-  /// @return true: it is not running.
+  /// @return true: it is not running, and nothing of it is left, not even its thread-local objects.
   bool WaitForEnd(unsigned int uMilliseconds) const;
 
 protected:

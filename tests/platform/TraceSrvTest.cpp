@@ -301,13 +301,15 @@ TEST_F(Trace, LinesOfManyThreadsStayWhole) {
 [[noreturn]] void TraceWithEnvironment(const char* pszLevel, std::size_t nExpected) {
   setenv("SMS_TRACE_LEVEL", pszLevel, 1);
   std::size_t nLines = 0;
-  const CTempHome home;
-  for (const TraceLevel level : {TL_CRIT, TL_ERRO, TL_WARN, TL_INFO}) {
-    TraceSrv_Trace(level, "M", "x");
-  }
-  std::istringstream text(home.ReadFile("sms.log"));
-  for (std::string line; std::getline(text, line);) {
-    ++nLines;
+  {
+    const CTempHome home;
+    for (const TraceLevel level : {TL_CRIT, TL_ERRO, TL_WARN, TL_INFO}) {
+      TraceSrv_Trace(level, "M", "x");
+    }
+    std::istringstream text(home.ReadFile("sms.log"));
+    for (std::string line; std::getline(text, line);) {
+      ++nLines;
+    }
   }
   _exit(nLines == nExpected ? 0 : 1);
 }
