@@ -13,8 +13,9 @@ if(SMS_WERROR)
   target_compile_options(sms_flags INTERFACE -Werror)
 endif()
 if(SMS_SANITIZER STREQUAL "asan")
-  # -fno-sanitize=vptr: plug-ins hide their type information, so types of one name differ between libraries.
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=undefined
+  # vptr: plug-ins hide their type information, so types of one name differ between libraries. null: reports every
+  # catch (abi::__forced_unwind&), which binds to no object; a null that is used ends the program all the same.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr,null -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=address,undefined)
 elseif(SMS_SANITIZER STREQUAL "tsan")
