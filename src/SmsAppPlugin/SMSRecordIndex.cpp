@@ -1,32 +1,55 @@
 // Pages of neighbouring identifiers, and long messages in order.
 #include "SMSRecordIndex.h"
 
-namespace {
+CSMSRecordIndex::CSMSRecordIndex(Iterator itNone) : m_itNone(itNone), m_bTwins(false) {}
 
-const unsigned long kIdentifiersPerPage = 64;
+// --- Pages -----------------------------------------------------------------------------------------------------------
 
-unsigned long PageOf(long lID) { return static_cast<unsigned long>(lID) / kIdentifiersPerPage; }
-unsigned long SlotOf(long lID) { return static_cast<unsigned long>(lID) % kIdentifiersPerPage; }
+const CSMSRecordIndex::Page* CSMSRecordIndex::FindPage(unsigned long ulPage) const {
+  if (ulPage < kNearPages) {
+    return ulPage < m_vctNearPages.size() ? m_vctNearPages[ulPage].get() : nullptr;
+  }
+  const auto page = m_mapFarPages.find(ulPage);
+  return page == m_mapFarPages.end() ? nullptr : page->second.get();
+}
 
-}  // namespace
+CSMSRecordIndex::Page& CSMSRecordIndex::NeedPage(unsigned long ulPage) {
+  if (ulPage < kNearPages && ulPage >= m_vctNearPages.size()) {
+    m_vctNearPages.resize(ulPage + 1);
+  }
+  std::unique_ptr<Page>& page = ulPage < kNearPages ? m_vctNearPages[ulPage] : m_mapFarPages[ulPage];
+  if (!page) {
+    page.reset(new Page);
+    page->slots.fill(m_itNone);
+    page->uFilled = 0;
+  }
+  return *page;
+}
+
+void CSMSRecordIndex::DropPage(unsigned long ulPage) noexcept {
+  if (ulPage < kNearPages) {
+    m_vctNearPages[ulPage].reset();
+  } else {
+    m_mapFarPages.erase(ulPage);
+  }
+}
+
+// --- Records ---------------------------------------------------------------------------------------------------------
 
 CSMSRecordIndex::PartKeyView CSMSRecordIndex::KeyOf(const CSMSRecordImpl& record) {
   return PartKeyView(record.m_strNumber, record.m_iMR, record.m_iTotalPack, record.m_place.Order());
 }
 
-CSMSRecordIndex::Iterator CSMSRecordIndex::Find(long lID, Iterator itNone) const {
-  const auto page = m_pages.find(PageOf(lID));
-  if (page == m_pages.end() || (page->second.ullUsed >> SlotOf(lID) & 1) == 0) {
-    return itNone;
-  }
-  return page->second.slots[SlotOf(lID)];
+CSMSRecordIndex::Iterator CSMSRecordIndex::Find(long lID) const {
+  const Page* const pPage = FindPage(PageOf(lID));
+  return pPage == nullptr ? m_itNone : pPage->slots[SlotOf(lID)];
 }
 
 std::vector<CSMSRecordIndex::Iterator> CSMSRecordIndex::FindParts(const VELK_wstring& strNumber, int iMR,
                                                                   int iTotalPack) const {
   std::vector<Iterator> found;
-  auto part = m_parts.lower_bound(PartKeyView(strNumber, iMR, iTotalPack, 0));
-  for (; part != m_parts.end(); ++part) {
+  auto part = m_mapParts.lower_bound(PartKeyView(strNumber, iMR, iTotalPack, 0));
+  for (; part != m_mapParts.end(); ++part) {
     const PartKey& key = part->first;
     if (std::get<0>(key) != strNumber || std::get<1>(key) != iMR || std::get<2>(key) != iTotalPack) {
       break;
@@ -37,36 +60,44 @@ std::vector<CSMSRecordIndex::Iterator> CSMSRecordIndex::FindParts(const VELK_wst
 }
 
 void CSMSRecordIndex::Add(Iterator it) {
-  Page& page = m_pages[PageOf(it->m_lID)];
-  const std::uint64_t ullBit = std::uint64_t(1) << SlotOf(it->m_lID);
-  if ((page.ullUsed & ullBit) != 0) {
-    m_bTwins = true;
+  Page& page = NeedPage(PageOf(it->m_lID));
+  Iterator& slot = page.slots[SlotOf(it->m_lID)];
+  if (slot == m_itNone) {
+    slot = it;
+    ++page.uFilled;
   } else {
-    page.ullUsed |= ullBit;
-    page.slots[SlotOf(it->m_lID)] = it;
+    m_bTwins = true;
   }
   if (IsIndexedTotal(it->m_iTotalPack)) {
-    m_parts.emplace(KeyOf(*it), it);
+    m_mapParts.emplace(KeyOf(*it), it);
+  }
+}
+
+void CSMSRecordIndex::RemoveIdentifier(Iterator it) noexcept {
+  const long lID = it->m_lID;
+  Page* const pPage = const_cast<Page*>(FindPage(PageOf(lID)));
+  if (pPage == nullptr || pPage->slots[SlotOf(lID)] != it) {
+    return;
+  }
+  pPage->slots[SlotOf(lID)] = m_itNone;
+  if (--pPage->uFilled == 0) {
+    DropPage(PageOf(lID));
   }
 }
 
 void CSMSRecordIndex::Remove(Iterator it) noexcept {
-  const auto page = m_pages.find(PageOf(it->m_lID));
-  const std::uint64_t ullBit = std::uint64_t(1) << SlotOf(it->m_lID);
-  if (page != m_pages.end() && (page->second.ullUsed & ullBit) != 0 && page->second.slots[SlotOf(it->m_lID)] == it) {
-    page->second.ullUsed &= ~ullBit;
-    if (page->second.ullUsed == 0) {
-      m_pages.erase(page);
+  RemoveIdentifier(it);
+  if (IsIndexedTotal(it->m_iTotalPack)) {
+    const auto part = m_mapParts.find(KeyOf(*it));
+    if (part != m_mapParts.end()) {
+      m_mapParts.erase(part);
     }
-  }
-  const auto part = m_parts.find(KeyOf(*it));
-  if (part != m_parts.end()) {
-    m_parts.erase(part);
   }
 }
 
 void CSMSRecordIndex::Clear() noexcept {
-  m_pages.clear();
-  m_parts.clear();
+  m_vctNearPages.clear();
+  m_mapFarPages.clear();
+  m_mapParts.clear();
   m_bTwins = false;
 }

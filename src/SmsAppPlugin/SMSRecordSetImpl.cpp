@@ -48,6 +48,7 @@ std::atomic<int> CSMSRecordSetImpl::m_iMissCount{0};
 CSMSRecordSetImpl::CSMSRecordSetImpl()
     : m_it(m_lstRecord.end()),
       m_Lock(LockRank::kRecordSet, "CSMSRecordSetImpl::m_Lock"),
+      m_index(m_lstRecord.end()),
       m_ullOrder(0),
       m_bKeysChanged(false) {
   m_Lock.Init();
@@ -152,7 +153,7 @@ bool CSMSRecordSetImpl::HasIndexLocked() {
 
 CSMSRecordSetImpl::RecordList::iterator CSMSRecordSetImpl::FindLocked(long lID) {
   if (HasIndexLocked()) {
-    return m_index.Find(lID, m_lstRecord.end());
+    return m_index.Find(lID);
   }
   return std::find_if(m_lstRecord.begin(), m_lstRecord.end(), CFindSMSRecord(lID));
 }
