@@ -3,11 +3,22 @@
 
 #include "LocalDatabaseNames.h"
 #include "NoCancel.h"
+#include "platform/JClock.h"
+#include "platform/JEvent.h"
 #include "platform/TraceSrv.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
+
+// Never quite the same, so that two programs do not go on looking in step.
+unsigned int MendPauseMs() {
+  constexpr unsigned int kLeastMs = 20;
+  constexpr long kSpreadMs = 50;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return kLeastMs + static_cast<unsigned int>(std::chrono::nanoseconds(now).count() / 1000 % kSpreadMs);
+}
 
 void Trace(Tracelevel::TraceLevel enLevel, const std::string& text) {
   TraceSrv_Trace(enLevel, "DATABASE", text.c_str());
@@ -74,7 +85,7 @@ bool CDatabaseConnection::OpenSessions(std::string& reason) {
   const std::lock_guard<std::mutex> writeGuard(m_writeLock);
   CDatabaseSession::Opened enOpened = OpenWriter(reason);
   if (enOpened == CDatabaseSession::Opened::kDamaged) {
-    enOpened = MendByStartingAnew(reason) ? CDatabaseSession::Opened::kOk : CDatabaseSession::Opened::kFailed;
+    enOpened = Mend(reason);
   }
   const std::lock_guard<std::mutex> readGuard(m_readLock);
   if (enOpened == CDatabaseSession::Opened::kOk &&
@@ -89,21 +100,42 @@ CDatabaseSession::Opened CDatabaseConnection::OpenWriter(std::string& reason) {
   return m_file.IsCut(reason) ? CDatabaseSession::Opened::kDamaged : m_writer.Open(m_file.Path(), true, reason);
 }
 
-// Another program may have come first: what it made anew must not be set aside too.
-bool CDatabaseConnection::MendByStartingAnew(std::string& reason) {
-  if (!m_file.ClaimAlone(reason)) {
-    return false;
+// Another program may see the damage at the same time. The first one to be alone with the file sets it aside; for the
+// others it is whole when they look again, and what was made anew is not set aside in its turn.
+CDatabaseSession::Opened CDatabaseConnection::Mend(std::string& reason) {
+  const std::int64_t deadline = JClock::MonotonicMs() + kDatabaseWaitMs;
+  for (;;) {
+    const bool bAlone = m_file.TryClaimAlone();
+    if (!bAlone) {
+      m_file.ClaimShared();
+    }
+    CDatabaseSession::Opened enOpened = OpenWriter(reason);
+    if (bAlone) {
+      enOpened = enOpened == CDatabaseSession::Opened::kDamaged ? StartAnew(reason) : enOpened;
+      m_file.ClaimShared();
+    }
+    if (bAlone || enOpened != CDatabaseSession::Opened::kDamaged) {
+      return enOpened;
+    }
+    if (JClock::MonotonicMs() >= deadline) {
+      reason += ", and another program uses it";
+      return enOpened;
+    }
+    m_file.Unclaim();  // two that wait must not keep each other from being alone
+    JEvent pause;
+    pause.WaitForSingleObject(MendPauseMs());
   }
-  CDatabaseSession::Opened enOpened = OpenWriter(reason);
+}
+
+CDatabaseSession::Opened CDatabaseConnection::StartAnew(std::string& reason) {
   std::string kept;
-  if (enOpened == CDatabaseSession::Opened::kDamaged && m_file.SetAside(kept, reason)) {
-    Trace(Tracelevel::TL_CRIT, "the database \"" + m_file.Path() + "\" is damaged (" + reason + ") and is kept as \"" +
-                                   kept + "\"; an empty one takes its place. To get back what can be read, stop the " +
-                                   "program and run: sqlite3 \"" + kept + "\" .recover");
-    enOpened = m_writer.Open(m_file.Path(), true, reason);
+  if (!m_file.SetAside(kept, reason)) {
+    return CDatabaseSession::Opened::kFailed;
   }
-  m_file.ClaimShared();
-  return enOpened == CDatabaseSession::Opened::kOk;
+  Trace(Tracelevel::TL_CRIT, "the database \"" + m_file.Path() + "\" is damaged (" + reason + ") and is kept as \"" +
+                                 kept + "\"; an empty one takes its place. To get back what can be read, stop the " +
+                                 "program and run: sqlite3 \"" + kept + "\" .recover");
+  return m_writer.Open(m_file.Path(), true, reason);
 }
 
 int CDatabaseConnection::Close() {

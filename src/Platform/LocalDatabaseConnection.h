@@ -43,7 +43,8 @@ public:
 private:
   bool OpenSessions(std::string& reason);
   CDatabaseSession::Opened OpenWriter(std::string& reason);
-  bool MendByStartingAnew(std::string& reason);
+  CDatabaseSession::Opened Mend(std::string& reason);
+  CDatabaseSession::Opened StartAnew(std::string& reason);
   int ShapeInTransaction(const std::string& table, const Names& names, bool bMake);
   int CloseLocked();
   int BeginOutermost();

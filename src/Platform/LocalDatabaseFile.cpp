@@ -146,15 +146,11 @@ bool CDatabaseFile::Claim(const std::string& path, std::string& reason) {
   return MakeFile(reason);
 }
 
-bool CDatabaseFile::ClaimAlone(std::string& reason) {
-  if (LockWithin(m_iLock, LOCK_EX, kDatabaseWaitMs)) {
-    return true;
-  }
-  reason += ", and another program uses it";
-  return false;
-}
+bool CDatabaseFile::TryClaimAlone() { return ::flock(m_iLock, LOCK_EX | LOCK_NB) == 0; }
 
 void CDatabaseFile::ClaimShared() { LockWithin(m_iLock, LOCK_SH, kDatabaseWaitMs); }
+
+void CDatabaseFile::Unclaim() { ::flock(m_iLock, LOCK_UN); }
 
 void CDatabaseFile::Release() {
   if (m_iLock >= 0) {

@@ -22,9 +22,13 @@ public:
 
   /// Makes missing folders (0700) and the file (0600), closes existing files to other users, claims them.
   bool Claim(const std::string& path, std::string& reason);
-  /// Makes this the only claim, or the claim an ordinary one again.
-  bool ClaimAlone(std::string& reason);
+  /// Makes this the only claim.
+  /// @return false: somebody else has one, and this one is gone.
+  bool TryClaimAlone();
+  /// Makes it an ordinary claim again.
   void ClaimShared();
+  void Unclaim();
+  /// Gives the claim up and forgets the file.
   void Release();
 
   const std::string& Path() const { return m_strPath; }

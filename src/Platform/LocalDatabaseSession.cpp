@@ -106,12 +106,26 @@ bool CDatabaseSession::SetUp(std::string& reason) {
   }
   std::string mode;
   const bool bSet = Execute("PRAGMA encoding='UTF-16'") && Execute("PRAGMA cache_size=-256") &&
-                    Execute("PRAGMA temp_store=MEMORY") && Execute("PRAGMA synchronous=FULL") &&
-                    Ask("PRAGMA journal_mode=WAL", mode) && Execute("PRAGMA journal_size_limit=4194304");
+                    Execute("PRAGMA temp_store=MEMORY") && Execute("PRAGMA synchronous=FULL") && StartLog(mode) &&
+                    Execute("PRAGMA journal_size_limit=4194304");
   if (bSet && mode != "wal") {
     reason = "its file system cannot keep a write-ahead log";
   }
   return bSet && mode == "wal";
+}
+
+// When two programs make a new file at once, the engine tells one of them at once that it is busy: waiting with its
+// hold on the file could last for ever.
+bool CDatabaseSession::StartLog(std::string& mode) {
+  const std::int64_t deadline = JClock::MonotonicMs() + kDatabaseWaitMs;
+  while (!Ask("PRAGMA journal_mode=WAL", mode)) {
+    if ((sqlite3_errcode(m_pDb) & 0xFF) != SQLITE_BUSY || JClock::MonotonicMs() >= deadline) {
+      return false;
+    }
+    JEvent pause;
+    pause.WaitForSingleObject(kBusyPollMs);
+  }
+  return true;
 }
 
 // All pages are looked at: even for a million messages that takes less time than loading them afterwards.

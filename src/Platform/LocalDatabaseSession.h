@@ -85,6 +85,7 @@ private:
 
   static int WaitWhileBusy(void* pSession, int iTimes);
   bool SetUp(std::string& reason);
+  bool StartLog(std::string& mode);
   Opened Check(bool bWhole, std::string& reason);
   Opened Verdict(std::string& reason) const;
   std::string Reason() const;

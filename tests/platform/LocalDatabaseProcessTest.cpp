@@ -35,14 +35,18 @@ protected:
   }
 };
 
-class LocalDatabaseProcess : public CDatabaseTest {};
-
-// What tests of rights and limits do in a child process: its trace goes to standard error when something is wrong.
-int OpenTable(LocalDatabaseMgr& database) {
-  CHILD_EXPECT(database.OpenConnection(kDatabase) == DB_ERROR_OK);
-  CHILD_EXPECT(database.GennerateTable(kTable, TwoColumns()) == DB_ERROR_OK);
-  return 0;
-}
+class LocalDatabaseProcess : public CDatabaseTest {
+protected:
+  // For child processes: says why when it fails.
+  int OpenTable(LocalDatabaseMgr& database) const {
+    const bool bOpen = database.OpenConnection(kDatabase) == DB_ERROR_OK &&
+                       database.GennerateTable(kTable, TwoColumns()) == DB_ERROR_OK;
+    for (const std::string& line : bOpen ? std::vector<std::string>() : m_trace.FullLines()) {
+      std::fprintf(stderr, "%s\n", line.c_str());
+    }
+    return bOpen ? 0 : 1;
+  }
+};
 
 void LimitFiles(rlim_t nOctets) {
   std::signal(SIGXFSZ, SIG_IGN);
@@ -50,6 +54,20 @@ void LimitFiles(rlim_t nOctets) {
   getrlimit(RLIMIT_FSIZE, &limit);
   limit.rlim_cur = nOctets;
   setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// Both work at once.
+int InTwoChildren(const std::function<int()>& work) {
+  return InChild([&] {
+    const pid_t second = fork();
+    const int iOwn = work();
+    if (second == 0) {
+      _exit(iOwn);
+    }
+    int iStatus = 1;
+    waitpid(second, &iStatus, 0);
+    return iOwn + (iStatus == 0 ? 0 : 1);
+  });
 }
 
 int CountIn(LocalDatabaseMgr& database) {
@@ -294,17 +312,7 @@ TEST_F(LocalDatabaseProcess, SharesTheFileWithASecondOne) {
     }
     return 0;
   };
-  // the child starts a second child: both work at once
-  EXPECT_EQ(0, InChild([&] {
-              const pid_t second = fork();
-              const int iOwn = addRows();
-              if (second == 0) {
-                _exit(iOwn);
-              }
-              int iStatus = 1;
-              waitpid(second, &iStatus, 0);
-              return iOwn + iStatus;
-            }));
+  EXPECT_EQ(0, InTwoChildren(addRows));
   LocalDatabaseMgr database;
   ASSERT_EQ(DB_ERROR_OK, database.OpenConnection(kDatabase));
   const std::vector<int> indexes = Indexes(database);
@@ -313,6 +321,21 @@ TEST_F(LocalDatabaseProcess, SharesTheFileWithASecondOne) {
     EXPECT_EQ("row again", Content(database, static_cast<unsigned int>(iIndex)));
   }
   EXPECT_TRUE(FilesLike("SMS.DTC.damaged-").empty());
+}
+
+TEST_F(LocalDatabaseProcess, SetsADamagedFileAsideOnceWhenTwoFindIt) {
+  WriteFile("SMS.DTC", "this is no database");
+  EXPECT_EQ(0, InTwoChildren([&] {
+              LocalDatabaseMgr database;
+              CHILD_EXPECT(OpenTable(database) == 0);
+              unsigned int uIndex = 0;
+              CHILD_EXPECT(database.AddRecord(kTable, Row(u"", u"row"), uIndex) == DB_ERROR_OK);
+              return 0;
+            }));
+  EXPECT_EQ(1u, FilesLike("SMS.DTC.damaged-").size());
+  LocalDatabaseMgr database;
+  ASSERT_EQ(DB_ERROR_OK, database.OpenConnection(kDatabase));
+  EXPECT_EQ((std::vector<int>{1, 2}), Indexes(database));
 }
 
 TEST_F(LocalDatabaseProcess, SeesWhatASecondOneWroteWhileItLoads) {

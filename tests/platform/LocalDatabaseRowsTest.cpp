@@ -155,9 +155,9 @@ TEST_F(LocalDatabaseRows, AgreeWithAMapUnderRandomOperations) {
   std::map<unsigned int, std::string> model;
   std::mt19937 random(20240229);
   unsigned int uNext = 1;
-  for (int i = 0; i < 4000; ++i) {
+  for (int i = 0; i < 1500; ++i) {
     LocalDatabaseMgr& database = random() % 4 == 0 ? other : m_database;
-    const unsigned int uIndex = static_cast<unsigned int>(random() % 40) + (uNext > 30 ? uNext - 30 : 0);
+    const unsigned int uIndex = static_cast<unsigned int>(random() % 20) + (uNext > 15 ? uNext - 15 : 0);
     const VELK_wstring text = Utf16("text " + std::to_string(i));
     switch (random() % 8) {
       case 0:

@@ -5,6 +5,7 @@
 #include "platform/JThread.h"
 
 #include <atomic>
+#include <filesystem>
 #include <future>
 #include <set>
 #include <thread>
@@ -223,6 +224,23 @@ TEST_F(LocalDatabaseThreads, SeeEveryWriteOfAnotherThreadWhileTheyLoad) {
       ASSERT_EQ(u % 10 == 0 ? "new" : "old", Content(m_database, u));
     }
   }
+}
+
+TEST_F(LocalDatabaseThreads, DoNotLetTheLogGrowWhenALoadIsBrokenOff) {
+  for (int i = 0; i < 3; ++i) {
+    Add(m_database, u"row");
+  }
+  Indexes(m_database);
+  EXPECT_EQ("row", Content(m_database, 1));  // and nobody reads on
+  const VELK_wstring page(2000, u'x');
+  for (int i = 0; i < 10; ++i) {
+    ASSERT_EQ(DB_ERROR_OK, m_database.BeginTransaction());
+    for (int k = 0; k < 600; ++k) {
+      Add(m_database, page);
+    }
+    ASSERT_EQ(DB_ERROR_OK, m_database.EndTransaction());
+  }
+  EXPECT_LT(std::filesystem::file_size(m_home.DatabaseFile() + "-wal"), 12u << 20);
 }
 
 TEST_F(LocalDatabaseThreads, GiveUpAfterTenSecondsWhenAnotherConnectionWrites) {
