@@ -1,0 +1,93 @@
+// The dialogue with the modem: one command at a time, unsolicited lines told apart from replies.
+#pragma once
+
+#include "AtCommand.h"
+#include "ByteStream.h"
+#include "platform/JEvent.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace modem {
+
+/// How a command ended.
+struct AtReply {
+  enum class Final {
+    kOk,
+    kError,     // ERROR
+    kCmeError,  // +CME ERROR: code (3GPP TS 27.007, 9.2)
+    kCmsError,  // +CMS ERROR: code (3GPP TS 27.005, 3.2.5)
+    kNoAnswer,  // nothing came within the limit
+    kLineGone,
+    kRefused  // the command was not valid and was not sent
+  };
+  Final final = Final::kNoAnswer;
+  int code = 0;
+  std::vector<std::string> lines;  // what came before the end, without the echo
+
+  bool IsOk() const { return final == Final::kOk; }
+};
+
+/// Purpose: one owner of the line. Callers queue for it; each has it until its reply is complete.
+/// Threads: Execute on any thread but the reader's; Feed and LineGone on the reader's. Unsolicited lines are handed
+///          over on the reader's thread, one call each, outside of all locks.
+/// Errors:  in the reply. After a reply that did not come the next command first finds its way back into step.
+class CAtDialogue {
+public:
+  /// @param data  the line of octets that belongs to it (+CMT, +CDS, +CBM), else empty.
+  typedef std::function<void(const std::string& line, const std::string& data)> UnsolicitedHandler;
+
+  CAtDialogue(IByteStream& stream, const UnsolicitedHandler& onUnsolicited);
+  CAtDialogue(const CAtDialogue&) = delete;
+  CAtDialogue& operator=(const CAtDialogue&) = delete;
+
+  /// @param prefix  beginning of the reply's own lines ("+CMGR:"); null: any line is part of the reply.
+  AtReply Execute(const CAtCommand& command, const char* prefix, unsigned int limitMs);
+  /// A command that asks for octets with a prompt: sends them with the closing Ctrl-Z.
+  /// @param octets  hexadecimal digits.
+  AtReply ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
+                            unsigned int limitMs);
+
+  /// Bytes from the line.
+  void Feed(const std::string& bytes);
+  /// The line is gone: whoever waits is told, and every later command fails at once.
+  void LineGone();
+
+private:
+  enum class State { kIdle, kReply, kPrompt };
+
+  AtReply Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
+  AtReply Await(unsigned int limitMs);
+  bool AwaitPrompt(AtReply& reply);
+  void Begin(State state, const std::string& text, const char* prefix);
+  void GetBackIntoStep();
+  bool Send(const std::string& bytes);
+
+  // m_lock held
+  void TakeLine(const std::string& line, std::vector<std::pair<std::string, std::string>>& unsolicited);
+  bool TakeFinal(const std::string& line);
+  bool BelongsToReply(const std::string& line) const;
+  void EndReply(AtReply::Final final, int code);
+
+  IByteStream& m_stream;
+  const UnsolicitedHandler m_onUnsolicited;
+  std::mutex m_turn;          // held by the caller whose command runs
+  JEvent m_hDone;             // the reply has ended, or the prompt is there
+  bool m_bOutOfStep = false;  // guarded by m_turn
+
+  std::mutex m_lock;  // the rest
+  State m_state = State::kIdle;
+  bool m_bGone = false;
+  bool m_bPromptSeen = false;
+  bool m_bEnded = false;
+  bool m_bDataFollows = false;    // the next line belongs to a line of the reply
+  std::string m_strAwaitingData;  // an unsolicited line whose octets follow
+  std::string m_strEcho;
+  const char* m_pszPrefix = nullptr;
+  AtReply m_reply;
+  std::string m_strPending;  // bytes after the last line end
+};
+
+}  // namespace modem

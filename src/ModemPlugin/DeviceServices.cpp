@@ -1,0 +1,109 @@
+#include "DeviceServices.h"
+
+#include <cstring>
+
+namespace modem {
+
+namespace {
+
+class CMemoryWalk : public IDeviceMemIterator {
+public:
+  explicit CMemoryWalk(const std::vector<SMS_MEM>& memories) : m_memories(memories) {}
+  bool First() override {
+    m_position = 0;
+    return !m_memories.empty();
+  }
+  bool Next() override { return m_position < m_memories.size() && ++m_position < m_memories.size(); }
+  SMS_MEM CurrentMem() override { return m_position < m_memories.size() ? m_memories[m_position] : SMS_MEM_UNKNOW; }
+
+private:
+  const std::vector<SMS_MEM> m_memories;
+  std::size_t m_position = 0;
+};
+
+void Clear(DWORD* pdwValue) {
+  if (pdwValue != nullptr) {
+    *pdwValue = 0;
+  }
+}
+
+}  // namespace
+
+DevDataDef::DEVICE_STATUS CDeviceService::GetDeviceStatus() {
+  return m_modem.IsAvailable() ? DevDataDef::DEVICE_STATUS_AVAILABLE : DevDataDef::DEVICE_STATUS_UNKNOW;
+}
+
+bool CDeviceService::GetSimState(SimState* penState, DWORD* pdwExtra) {
+  if (penState == nullptr) {
+    return false;
+  }
+  Clear(pdwExtra);
+  *penState = m_modem.Facts().sim;
+  return true;
+}
+
+bool CNetworkService::RegEventSink(IUniCommEvent* pSink) {
+  return m_modem.Events().AddSink(CEventRaiser::Source::kNetwork, pSink);
+}
+
+bool CNetworkService::UnRegEventSink(IUniCommEvent* pSink) {
+  return m_modem.Events().RemoveSink(CEventRaiser::Source::kNetwork, pSink);
+}
+
+bool CNetworkService::GetServerStatus(SysSrvStatus* penStatus, DWORD* pdwExtra) {
+  if (penStatus == nullptr) {
+    return false;
+  }
+  Clear(pdwExtra);
+  *penStatus = m_modem.Facts().network;
+  return true;
+}
+
+bool CNetworkService::GetCurrentPLMN(NETSRV_DATA::PLMNType* pstPLMN, DWORD* pdwExtra) {
+  const std::string code = m_modem.Facts().operatorCode;
+  if (pstPLMN == nullptr || code.empty()) {
+    return false;
+  }
+  Clear(pdwExtra);
+  std::memset(pstPLMN->szPLMN, 0, sizeof pstPLMN->szPLMN);
+  code.copy(pstPLMN->szPLMN, sizeof pstPLMN->szPLMN - 1);
+  return true;
+}
+
+bool CDeviceManager::RegEventSink(IDeviceMgrEvent* pSink) { return m_modem.Events().AddSink(pSink); }
+
+bool CDeviceManager::UnRegEventSink(IDeviceMgrEvent* pSink) { return m_modem.Events().RemoveSink(pSink); }
+
+bool CDeviceManager::GetDoubleModeCardState(bool* pbState, DWORD* pdwExtra1, DWORD* pdwExtra2, DWORD* pdwExtra3) {
+  if (pbState == nullptr) {
+    return false;
+  }
+  Clear(pdwExtra1);
+  Clear(pdwExtra2);
+  Clear(pdwExtra3);
+  *pbState = false;
+  return true;
+}
+
+bool CDeviceManager::GetMemIterator(IDeviceMemIterator** ppIterator) {
+  if (ppIterator == nullptr) {
+    return false;
+  }
+  const std::lock_guard<std::mutex> guard(m_lock);
+  std::unique_ptr<IDeviceMemIterator>& walk = m_iterators[static_cast<unsigned long>(pthread_self())];
+  walk = std::make_unique<CMemoryWalk>(m_modem.Facts().memories);
+  *ppIterator = walk.get();
+  return true;
+}
+
+bool CDeviceManager::GetPinStatus(DevDataDef::PinStatus* penStatus, DWORD* pdwPinTimes, DWORD* pdwPukTimes) {
+  if (penStatus == nullptr) {
+    return false;
+  }
+  Clear(pdwPinTimes);
+  Clear(pdwPukTimes);
+  *penStatus = m_modem.Facts().pin;
+  return true;
+}
+
+}  // namespace modem

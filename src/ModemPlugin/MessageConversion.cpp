@@ -1,0 +1,269 @@
+#include "MessageConversion.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+
+namespace modem {
+
+namespace {
+
+const WORD kMmsPort = 2948;      // WAP push, connectionless (OMA push over SMS)
+const char kUcs2ByCarrier = 12;  // the carrier's 16-bit coding travels as UCS-2
+const BYTE kDcs8Bit = 0x04;
+const BYTE kDcsUcs2 = 0x08;
+
+BYTE DcsOf(char cDCS) {
+  switch (cDCS) {
+    case 4:
+      return kDcs8Bit;
+    case 8:
+    case kUcs2ByCarrier:
+      return kDcsUcs2;
+    default:
+      return 0;
+  }
+}
+
+template <std::size_t Room>
+void CopyAscii(const sms_pdu::Address& address, char (&out)[Room]) {
+  sms_pdu::AddressToAscii(address, out, Room);
+}
+
+/// Text as it is; 8-bit content one unit an octet.
+void CopyContent(const sms_pdu::UserData& data, SMReadRecord& record) {
+  std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
+  if (data.octetCount > 0) {
+    record.dwLength = std::min<DWORD>(data.octetCount, 160);
+    std::copy_n(data.octets, record.dwLength, record.wszContent);
+    return;
+  }
+  record.dwLength = data.textLength;
+  std::copy_n(data.text, data.textLength, record.wszContent);
+}
+
+void CopyLongMessage(const sms_pdu::UserData& data, SMReadRecord& record) {
+  sms_pdu::Concatenation part;
+  if (sms_pdu::FindConcatenation(data.header, &part) && part.total > 1) {
+    record.stLongSMS_info.btMR = static_cast<BYTE>(part.reference & 0xFF);
+    record.stLongSMS_info.btTotalPack = part.total;
+    record.stLongSMS_info.btPack = part.sequence;
+  }
+}
+
+/// A push to the MMS port: WSP header (transaction, type, header length, headers), then the notification.
+void CopyMmsNotification(const sms_pdu::UserData& data, SMReadRecord& record) {
+  MMS_NOTIFY_DATA& mms = record.stMMS_Notify_Data;
+  const std::size_t count = data.octetCount;
+  const std::size_t headers = count > 3 ? std::min<std::size_t>(3u + data.octets[2], count) : count;
+  mms.iWSPLen = static_cast<int>(headers);
+  mms.iDATALen = static_cast<int>(count - headers);
+  std::memcpy(mms.szWSP, data.octets, headers);
+  std::memcpy(mms.szDATA, data.octets + headers, count - headers);
+}
+
+SMS_IDENTIFYER KindOf(const sms_pdu::Deliver& message) {
+  sms_pdu::Ports ports;
+  if (sms_pdu::FindPorts(message.userData.header, &ports) && ports.destination == kMmsPort &&
+      message.userData.octetCount > 0) {
+    return SMS_IDENTIFYER_MMS_NOTIFY;
+  }
+  const sms_pdu::DataCoding coding = sms_pdu::ParseDataCoding(message.userData.dcs);
+  const bool voiceMail = coding.indication && coding.indicationActive && coding.waiting == sms_pdu::Waiting::VoiceMail;
+  return voiceMail ? SMS_IDENTIFYER_VOICE_MAIL : SMS_IDENTIFYER_ORDINARILY;
+}
+
+bool ReadDeliver(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+  sms_pdu::Deliver message;
+  if (sms_pdu::DecodeDeliver(octets, size, &message) != sms_pdu::PduError::None) {
+    return false;
+  }
+  record.enType = KindOf(message);
+  record.stTime = ToLocalTime(message.time);
+  CopyAscii(message.originator, record.szAddress);
+  CopyContent(message.userData, record);
+  CopyLongMessage(message.userData, record);
+  if (record.enType == SMS_IDENTIFYER_MMS_NOTIFY) {
+    CopyMmsNotification(message.userData, record);
+  }
+  const int messageClass = sms_pdu::ParseDataCoding(message.userData.dcs).messageClass;
+  record.enSmClass = messageClass >= 0 ? static_cast<SMS_CLASS>(messageClass) : SMS_CLASS_INVALID;
+  record.enReplyPath = message.replyPath ? SMS_REPLY_PATH_SOURCE_SM_CENTER_ADDR : SMS_REPLY_PATH_LOCAL_SM_CENTER_ADDR;
+  return true;
+}
+
+/// The first unit of a report's content tells the outcome: 0 delivered, else the status of the network.
+bool ReadStatusReport(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+  sms_pdu::StatusReport report;
+  if (sms_pdu::DecodeStatusReport(octets, size, &report) != sms_pdu::PduError::None) {
+    return false;
+  }
+  record.enType = SMS_IDENTIFYER_REPORT;
+  record.stTime = ToLocalTime(report.dischargeTime);
+  CopyAscii(report.recipient, record.szAddress);
+  std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
+  if (sms_pdu::OutcomeOf(report.status) != sms_pdu::Outcome::Delivered) {
+    record.wszContent[0] = report.status;
+    record.dwLength = 1;
+  }
+  return true;
+}
+
+bool ReadSubmit(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+  sms_pdu::Submit message;
+  if (sms_pdu::DecodeSubmit(octets, size, &message) != sms_pdu::PduError::None) {
+    return false;
+  }
+  CopyAscii(message.destination, record.szAddress);
+  CopyContent(message.userData, record);
+  CopyLongMessage(message.userData, record);
+  return true;
+}
+
+bool ReadTpdu(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+  if (size == 0) {
+    return false;
+  }
+  if (record.enSMStat == SMS_STAT_UNSENT || record.enSMStat == SMS_STAT_SENT) {
+    return ReadSubmit(octets, size, record);
+  }
+  return sms_pdu::TypeTowardsDevice(octets[0]) == sms_pdu::TpduType::StatusReport
+             ? ReadStatusReport(octets, size, record)
+             : ReadDeliver(octets, size, record);
+}
+
+void KeepAsText(const std::string& hex, SMReadRecord& record) {
+  std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
+  record.dwLength = static_cast<DWORD>(std::min<std::size_t>(hex.size(), 160));
+  std::copy_n(hex.begin(), record.dwLength, record.wszContent);
+}
+
+sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
+  data.dcs = DcsOf(part.cDCS);
+  const std::size_t length = static_cast<std::size_t>(std::clamp(part.iContentLen, 0, 160));
+  if (part.bLongSms) {
+    sms_pdu::Concatenation place;
+    place.reference = part.stLongSMS_info.btMR;
+    place.total = part.stLongSMS_info.btTotalPack;
+    place.sequence = part.stLongSMS_info.btPack;
+    sms_pdu::AddConcatenation(&data.header, place);
+  }
+  if (data.dcs == 0) {
+    sms_pdu::AddTables(&data.header, part.stSMS_NLI);
+  }
+  if (data.dcs != kDcs8Bit) {
+    return sms_pdu::SetText(&data, part.wszContent, length);
+  }
+  BYTE octets[160];
+  std::transform(part.wszContent, part.wszContent + length, octets,
+                 [](VELK_wchar_t unit) { return static_cast<BYTE>(unit); });
+  return sms_pdu::SetOctets(&data, octets, length);
+}
+
+sms_pdu::PduError MakeLine(const char* centre, const BYTE* tpdu, std::size_t size, PduLine& out) {
+  sms_pdu::Address address;
+  BYTE octets[sms_pdu::kPduOctets];
+  std::size_t front = 0;
+  sms_pdu::PduError error = sms_pdu::MakeAddress(centre, &address);
+  if (error == sms_pdu::PduError::None) {
+    error = sms_pdu::EncodeServiceCentre(address, octets, sizeof octets, &front);
+  }
+  if (error != sms_pdu::PduError::None) {
+    return error;
+  }
+  std::memcpy(octets + front, tpdu, size);
+  char hex[2 * sms_pdu::kPduOctets + 1];
+  sms_pdu::OctetsToHex(octets, front + size, hex);
+  out.hex = hex;
+  out.tpduOctets = size;
+  return error;
+}
+
+template <std::size_t Room>
+std::string Ascii(const char (&field)[Room]) {
+  return std::string(field, strnlen(field, Room));
+}
+
+}  // namespace
+
+UTTime ToLocalTime(const sms_pdu::TimeStamp& time) {
+  UTTime local;
+  if (time.year == 0) {
+    return local;
+  }
+  std::tm calendar = {};
+  calendar.tm_year = time.year - 1900;
+  calendar.tm_mon = time.month - 1;
+  calendar.tm_mday = time.day;
+  calendar.tm_hour = time.hour;
+  calendar.tm_min = time.minute;
+  calendar.tm_sec = time.second;
+  const std::time_t instant = timegm(&calendar) - time.zoneQuarters * 15 * 60;
+  if (localtime_r(&instant, &calendar) == nullptr) {
+    return local;
+  }
+  local.wYear = static_cast<WORD>(calendar.tm_year + 1900);
+  local.btMonth = static_cast<BYTE>(calendar.tm_mon + 1);
+  local.btDay = static_cast<BYTE>(calendar.tm_mday);
+  local.btHour = static_cast<BYTE>(calendar.tm_hour);
+  local.btMinute = static_cast<BYTE>(calendar.tm_min);
+  local.btSecond = static_cast<BYTE>(calendar.tm_sec);
+  return local;
+}
+
+SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat) {
+  SMReadRecord record;
+  record.enSMStat = enStat;
+  BYTE octets[sms_pdu::kPduOctets];
+  std::size_t size = 0;
+  std::size_t front = 0;
+  unsigned defects = 0;
+  sms_pdu::Address centre;
+  const bool read =
+      sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) == sms_pdu::PduError::None &&
+      sms_pdu::DecodeServiceCentre(octets, size, &centre, &front, &defects) == sms_pdu::PduError::None &&
+      ReadTpdu(octets + front, size - front, record);
+  if (read) {
+    CopyAscii(centre, record.szSCNum);
+  } else {
+    KeepAsText(hex, record);
+  }
+  return record;
+}
+
+sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& config, PduLine& out) {
+  sms_pdu::Submit message;
+  message.statusReportRequest = config.bEnableStatusReport;
+  message.replyPath = config.bEnableReplyPath;
+  message.validity.format = sms_pdu::ValidityFormat::Relative;
+  message.validity.relative = static_cast<BYTE>(std::min<DWORD>(config.dwValidity, 255));
+  sms_pdu::PduError error = sms_pdu::MakeAddress(Ascii(part.szAddress).c_str(), &message.destination);
+  if (error == sms_pdu::PduError::None) {
+    error = FillUserData(part, message.userData);
+  }
+  BYTE tpdu[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  if (error == sms_pdu::PduError::None) {
+    error = sms_pdu::EncodeSubmit(message, tpdu, sizeof tpdu, &size);
+  }
+  // The modem keeps the service centre itself; one of its own in the part is stronger.
+  return error == sms_pdu::PduError::None ? MakeLine(Ascii(part.szSCNum).c_str(), tpdu, size, out) : error;
+}
+
+sms_pdu::PduError MakeDeliver(const SMS_PARAM& part, PduLine& out) {
+  sms_pdu::Deliver message;
+  const UTTime& time = part.utTime;
+  message.time = sms_pdu::TimeStamp{time.wYear, time.btMonth, time.btDay, time.btHour, time.btMinute, time.btSecond, 0};
+  sms_pdu::PduError error = sms_pdu::MakeAddress(Ascii(part.szAddress).c_str(), &message.originator);
+  if (error == sms_pdu::PduError::None) {
+    error = FillUserData(part, message.userData);
+  }
+  BYTE tpdu[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  if (error == sms_pdu::PduError::None) {
+    error = sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size);
+  }
+  return error == sms_pdu::PduError::None ? MakeLine(Ascii(part.szSCNum).c_str(), tpdu, size, out) : error;
+}
+
+}  // namespace modem

@@ -1,0 +1,30 @@
+// Between transfer PDUs and the message structures of the services.
+#pragma once
+
+#include "SMSDef.h"
+#include "SmsPdu.h"
+
+#include <string>
+
+namespace modem {
+
+/// Reads a received or stored message as the modem gives it: hexadecimal, the service centre in front. A message that
+/// cannot be decoded becomes an ordinary one with its octets as text, so that nothing is lost.
+/// @param enStat  state in the device memory; outgoing states expect an SMS-SUBMIT.
+SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat);
+
+/// An AT line's worth of PDU.
+struct PduLine {
+  std::string hex;             // the service centre in front
+  std::size_t tpduOctets = 0;  // what AT+CMGS=<length> counts
+};
+
+/// @param config  validity, report request and service centre.
+sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& config, PduLine& out);
+/// A received message as it is written into a device memory.
+sms_pdu::PduError MakeDeliver(const SMS_PARAM& part, PduLine& out);
+
+/// The network's time as this computer's local time; all zero stays so.
+UTTime ToLocalTime(const sms_pdu::TimeStamp& time);
+
+}  // namespace modem

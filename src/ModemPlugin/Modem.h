@@ -1,0 +1,138 @@
+// The modem: its line, its dialogue, what it told of itself, and the work that is queued for it.
+#pragma once
+
+#include "AtDialogue.h"
+#include "EventRaiser.h"
+#include "MessageConversion.h"
+#include "platform/JThread.h"
+#include "services/IDeviceMgr.h"
+#include "services/IDeviceService.h"
+#include "services/INetSrv.h"
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace modem {
+
+/// What the modem told of itself at its start, kept up to date by what it tells later.
+struct ModemFacts {
+  std::string model;              // maker and model, for messages
+  std::vector<SMS_MEM> memories;  // that messages can be read from
+  bool acknowledges = false;      // direct messages wait for AT+CNMA (3GPP TS 27.005, 3.4.4)
+  SimState sim = SIM_STATE_NONE;
+  DevDataDef::PinStatus pin = DevDataDef::PIN_UNKNOWN;
+  SysSrvStatus network = SYS_SRV_STATUS_NONE;
+  std::string operatorCode;
+  std::string serviceCentre;
+};
+
+/// Opens the line anew: at the start, and after a loss. Tests give another one.
+typedef std::function<std::unique_ptr<IByteStream>(std::string& error)> StreamOpener;
+
+/// Life:    Start, use, Stop; may be started again. While the line is lost, commands fail at once and the line is tried
+///          again once a second; what was queued for sending gets a failed verdict.
+/// Threads: Start and Stop on one thread, everything else on any. Threads of its own: one reads the line, one works off
+///          the queue, one raises events.
+class CModem {
+public:
+  explicit CModem(const StreamOpener& open);
+  ~CModem();
+  CModem(const CModem&) = delete;
+  CModem& operator=(const CModem&) = delete;
+
+  /// @param error  out: one line for a person, when the result is false.
+  bool Start(std::string& error);
+  void Stop();
+
+  bool IsAvailable() const { return m_bAvailable; }
+  ModemFacts Facts() const;
+  CEventRaiser& Events() { return m_events; }
+
+  AtReply Execute(const CAtCommand& command, const char* prefix, unsigned int limitMs);
+  AtReply ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
+                            unsigned int limitMs);
+  /// Queues a part for sending; the verdict comes as WMS_MO_SMS_STATUS whatever happens.
+  /// @return false: the modem is not there, nothing is queued.
+  bool QueueSend(const PduLine& line);
+
+  /// Makes the memory the one that is read and written; commands about it follow under the same hold.
+  class CMemoryHold {
+  public:
+    CMemoryHold(CModem& modem, SMS_MEM enMem);
+    /// The modem has taken the memory.
+    bool IsOk() const { return m_bOk; }
+
+  private:
+    const std::unique_lock<std::mutex> m_hold;
+    bool m_bOk;
+  };
+
+  /// Messages as they were listed, by index: listing changes their state on the modem, not here.
+  typedef std::map<MSG_HANDLE, SMReadRecord> MessageCache;
+  void RememberListed(SMS_MEM enMem, const MessageCache& messages);
+  bool FindListed(SMS_MEM enMem, MSG_HANDLE hMsg, bool bMarkRead, SMReadRecord& record);
+  void ForgetListed(SMS_MEM enMem, MSG_HANDLE hMsg);
+  void SetServiceCentre(const std::string& number);
+
+private:
+  /// A thread that runs one function of the modem.
+  class CWorker : public JThread {
+  public:
+    explicit CWorker(const std::function<void()>& body) : m_body(body) {}
+    ~CWorker() override;
+
+  private:
+    void* Thread() override;
+    const std::function<void()> m_body;
+  };
+  struct Connection {
+    explicit Connection(std::unique_ptr<IByteStream> stream, const CAtDialogue::UnsolicitedHandler& handler)
+        : pStream(std::move(stream)), dialogue(*pStream, handler) {}
+    std::unique_ptr<IByteStream> pStream;
+    CAtDialogue dialogue;
+  };
+
+  bool Connect(std::string& error);
+  void ReadLine();
+  void Work();
+  bool Reconnect();
+  void SendOne(const PduLine& line);
+  void FailQueued();
+  void OnLost();
+  void OnUnsolicited(const std::string& line, const std::string& data);
+  void OnDirectMessage(const std::string& data);
+  void OnRegistration(const std::string& line);
+  void OnStored(const std::string& line);
+  void Acknowledge();
+  void Queue(const std::function<void()>& task);
+  void AnnounceState();
+  std::shared_ptr<Connection> CurrentConnection() const;
+
+  const StreamOpener m_open;
+  CEventRaiser m_events;
+  std::atomic<bool> m_bAvailable{false};
+  std::atomic<bool> m_bStop{false};
+  JEvent m_hWork;  // something is queued, the line is lost, or the end has come
+
+  mutable std::mutex m_lock;  // the next four
+  std::shared_ptr<Connection> m_pConnection;
+  ModemFacts m_facts;
+  std::deque<std::function<void()>> m_tasks;
+  std::deque<PduLine> m_sends;
+
+  std::mutex m_memoryLock;  // the chosen memory and commands about it
+  SMS_MEM m_enChosen = SMS_MEM_UNKNOW;
+  std::mutex m_cacheLock;
+  MessageCache m_listed[2];
+
+  std::unique_ptr<CWorker> m_pReader;
+  std::unique_ptr<CWorker> m_pWorker;
+};
+
+}  // namespace modem

@@ -1,1 +1,0 @@
-// stands in until the room has its first source
