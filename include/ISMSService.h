@@ -31,7 +31,8 @@ public:
 
   /// Hands a text to the send thread and returns. Verdicts arrive as OnSendReport, one per part and number; at the end
   /// one send-box record for the numbers that succeeded and one for those that failed, each with OnRecordAdded.
-  /// A request made while another is under way is dropped and still answers SUCCESS: wait for OnRecordAdded first.
+  /// A request made while another is under way is dropped and still answers SUCCESS: wait for OnRecordAdded of every
+  /// recipient first; a request that comes after it, but not from inside it, is taken.
   /// @param pszNumber  recipients, separated by "," or ";".
   virtual long SendMsg(const VELK_wchar_t* pszNumber, const VELK_wchar_t* pszContent) = 0;
   /// Stops the send under way after the part in flight and waits until it has stopped.

@@ -9,8 +9,8 @@ enum : int {
   kNewMsg = 310,             // CSMSServiceImpl::m_MutexNewMsg
   kDeviceRead = 400,         // CDeviceSMSImpl::m_MutexReadSMS: a load of a device memory
   kReadNewMsg = 500,         // CSMSServiceImpl::m_MutexReadNewMsg: reading a new message from the device
-  kSendStart = 550,          // CSMSServiceImpl: taking a send request or a cancel
   kCallback = 600,           // CSMSServiceImpl::m_MutexCallback: every call of a client
+  kSendStart = 650,          // CSMSServiceImpl: taking a send request or a cancel, also inside a callback
   kInterface = 700,          // CSMSServiceImpl::m_MutexInterface: client record operations
   kServiceQueues = 750,      // CSMSServiceImpl: moved-while-loading and MMS lists
   kStoreCombine = 800,       // CFileSMSImpl: combination and the store of a part

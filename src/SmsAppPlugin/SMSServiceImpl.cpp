@@ -67,6 +67,7 @@ CSMSServiceImpl::CSMSServiceImpl()
       m_pfnOnMmsCommEvent(nullptr),
       m_bHideDoubleModeCardNode(false),
       m_MutexSendStart(LockRank::kSendStart, "m_MutexSendStart"),
+      m_bSendEnding(false),
       m_MutexQueues(LockRank::kServiceQueues, "m_MutexQueues"),
       m_pPublishedClients(std::make_shared<ClientList>()),
       m_pDeliveredMms(nullptr) {

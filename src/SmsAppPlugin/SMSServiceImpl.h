@@ -134,6 +134,7 @@ private:
 
   // sending  [send]
   void ResetSendEvents();
+  void AwaitEndOfFinishedRun();
   void ChooseBearer();
   void SendAll(SendRun& run);
   void SendToNumber(SendRun& run);
@@ -241,8 +242,9 @@ private:
   pfnOnMmsCommEvent m_pfnOnMmsCommEvent;  // guarded by m_MutexCallback
   std::atomic<bool> m_bHideDoubleModeCardNode;
 
-  JMutex m_MutexSendStart;  // taking a request or a cancel
-  JMutex m_MutexQueues;     // the next three and m_lstReadSIMNewMsg
+  JMutex m_MutexSendStart;          // taking a request or a cancel
+  std::atomic<bool> m_bSendEnding;  // the parts of the run are over, its thread is about to end
+  JMutex m_MutexQueues;             // the next three and m_lstReadSIMNewMsg
   std::shared_ptr<const ClientList> m_pPublishedClients;
   std::list<SMReadRecord> m_lstKeptMms;
   const SMReadRecord* m_pDeliveredMms;  // the hook has had it; given back with the next delivery

@@ -20,6 +20,7 @@
 namespace {
 
 const unsigned int kVerdictLimitMs = 70000;
+const unsigned int kEndOfRunLimitMs = 2000;
 const std::size_t kMostNumberOctets = 32;
 
 CCharacterMapFile g_sendMap;
@@ -55,6 +56,7 @@ long CSMSServiceImpl::SendMsg(const VELK_wchar_t* pszNumber, const VELK_wchar_t*
     auto request = std::make_unique<STSendThreadData>();
     request->strContent = pszContent;
     request->strNumber = pszNumber;
+    AwaitEndOfFinishedRun();
     const CISAPUGuard<JMutex> guard(m_MutexSendStart);
     if (m_pSendSMSThread == nullptr) {
       m_pSendSMSThread = new JThreadTP<CSMSServiceImpl, STSendThreadData*, void>;
@@ -75,7 +77,22 @@ long CSMSServiceImpl::SendMsg(const VELK_wchar_t* pszNumber, const VELK_wchar_t*
   SMS_LET_CANCELLATION_PASS catch (...) { return FAILURE; }
 }
 
+/// A client that has heard of its record may send again at once: the run that told it is over but for its thread's end.
+/// Inside a callback nobody waits, for the thread may be waiting for that callback.
+void CSMSServiceImpl::AwaitEndOfFinishedRun() {
+  JThread* thread = nullptr;
+  {
+    const CISAPUGuard<JMutex> guard(m_MutexSendStart);
+    thread = m_pSendSMSThread;
+  }
+  const bool inside = m_MutexCallback.IsHeldByThisThread() || m_MutexSendThread.IsHeldByThisThread();
+  if (thread != nullptr && m_bSendEnding && !inside) {
+    thread->WaitForEnd(kEndOfRunLimitMs);
+  }
+}
+
 void CSMSServiceImpl::ResetSendEvents() {
+  m_bSendEnding = false;
   m_hEventSendOK.ResetEvent();
   m_hEventSendFail.ResetEvent();
   m_hEventCancelMsg.ResetEvent();
@@ -130,6 +147,7 @@ void CSMSServiceImpl::Send(STSendThreadData* pData) {
       SplitNumber(pData->strNumber.c_str(), run.numbers);
       run.failed.resize(run.numbers.size());
       SendAll(run);
+      m_bSendEnding = true;
       SaveSent(run);
     }
     SMS_LET_CANCELLATION_PASS catch (...) { ServiceTrace("sendMsg exception! "); }
