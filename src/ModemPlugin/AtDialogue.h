@@ -1,7 +1,7 @@
 // The dialogue with the modem: one command at a time, unsolicited lines told apart from replies.
 #pragma once
 
-#include "AtCommand.h"
+#include "AtCommandBuilder.h"
 #include "ByteStream.h"
 #include "platform/JEvent.h"
 

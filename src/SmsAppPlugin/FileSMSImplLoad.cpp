@@ -89,12 +89,14 @@ void CFileSMSImpl::ReadAllRows(CSMSRecordSetImpl& set) {
   }
   std::vector<long> broadcasts;
   LocalDatabaseMgr::FieldType fields;
+  const CSMSRecordImpl blank;
+  CSMSRecordImpl record;  // one for all rows: its texts keep their room
   for (std::size_t i = 0; i < indexes.size() && !m_bQuit; ++i) {
     if (!ReadRow(indexes[i], fields)) {
       TraceStore("ReadRecord Fail");
       continue;
     }
-    CSMSRecordImpl record;
+    record = blank;
     GetSMSRecord(indexes[i], fields, &record);
     const bool bBroadcast = record.GetInitialPosition() == NS_SMS::CBS_BOX;
     if (bBroadcast && !bShowCBS) {

@@ -12,15 +12,29 @@
 
 long CSMSServiceImpl::RegCallBack(ISMSEvent* pEvent) {
   ServiceTrace("Info: Enter CSMSServiceImpl::RegCallBack()");
-  {
-    const CISAPUGuard<JMutex> guard(m_MutexCallback);
-    const bool known = std::find(m_lstEventHandle.begin(), m_lstEventHandle.end(), pEvent) != m_lstEventHandle.end();
-    if (pEvent != nullptr && !known) {
-      m_lstEventHandle.push_back(pEvent);
-      PublishClientsLocked();
-      m_bRegister = true;
-    }
+  try {
+    AddClient(pEvent);
+    TellPresentState();
   }
+  SMS_LET_CANCELLATION_PASS catch (...) {
+    // a client's or another plug-in's fault: the client is registered, some were not told
+  }
+  ServiceTrace("Info: Leave CSMSServiceImpl::RegCallBack()");
+  return SUCCESS;
+}
+
+void CSMSServiceImpl::AddClient(ISMSEvent* pEvent) {
+  const CISAPUGuard<JMutex> guard(m_MutexCallback);
+  const bool known = std::find(m_lstEventHandle.begin(), m_lstEventHandle.end(), pEvent) != m_lstEventHandle.end();
+  if (pEvent != nullptr && !known) {
+    m_lstEventHandle.push_back(pEvent);
+    PublishClientsLocked();
+    m_bRegister = true;
+    m_hEventReceive.SetEvent();
+  }
+}
+
+void CSMSServiceImpl::TellPresentState() {
   INetSrv* const network = GetNetService();
   IDeviceService* const device = GetDeviceService();
   if (network == nullptr || device == nullptr) {
@@ -29,8 +43,6 @@ long CSMSServiceImpl::RegCallBack(ISMSEvent* pEvent) {
     TellSimState(*device);
     TellNetworkState(*network);
   }
-  ServiceTrace("Info: Leave CSMSServiceImpl::RegCallBack()");
-  return SUCCESS;
 }
 
 void CSMSServiceImpl::TellSimState(IDeviceService& device) {
@@ -67,7 +79,12 @@ long CSMSServiceImpl::DeRegCallBack(ISMSEvent* pEvent) {
   const auto it = std::find(m_lstEventHandle.begin(), m_lstEventHandle.end(), pEvent);
   if (it != m_lstEventHandle.end()) {
     m_lstEventHandle.erase(it);
-    PublishClientsLocked();
+    try {
+      PublishClientsLocked();
+    }
+    SMS_LET_CANCELLATION_PASS catch (...) {
+      // no memory: codes 9 to 11 go to the list as it was
+    }
   }
   ServiceTrace("CSMSServiceImpl::DeRegCallBack() Called");
   return SUCCESS;
@@ -98,6 +115,7 @@ void CSMSServiceImpl::CallBackParamFunc(int iState) {
 long CSMSServiceImpl::RegisterCallBackForMms(pfnOnMmsCommEvent pfnHook) {
   const CISAPUGuard<JMutex> guard(m_MutexCallback);
   m_pfnOnMmsCommEvent = pfnHook;
+  m_hEventReceive.SetEvent();
   return SUCCESS;
 }
 
@@ -124,6 +142,7 @@ void CSMSServiceImpl::GiveBackMms(const SMReadRecord& stKept) {
 bool CSMSServiceImpl::SendMMSNotify(const SMReadRecord& stRecord) {
   const CISAPUGuard<JMutex> guard(m_MutexCallback);
   m_lstMmsNewMsg.push_back(&stRecord);
+  m_hEventReceive.SetEvent();
   return true;
 }
 

@@ -69,6 +69,15 @@ bool CSMSServiceImpl::OnUniCommEvent(unsigned long dwEvent, void* pData) { retur
 
 bool CSMSServiceImpl::OnDeviceMgrEvent(unsigned long dwEvent, void* pData) {
   const CISAPUGuard<JMutex> guard(m_OnDeviceMgrEvent);
+  try {
+    return HandleEvent(dwEvent, pData);
+  }
+  SMS_LET_CANCELLATION_PASS catch (...) {
+    return true;  // the event is known; what failed in it is a client's or another plug-in's matter
+  }
+}
+
+bool CSMSServiceImpl::HandleEvent(unsigned long dwEvent, void* pData) {
   switch (static_cast<DWORD>(dwEvent)) {
     case IDeviceMgrEvent::EVENT_DEVICE_SYSMODE_CHANGED:
       OnSysmodeChanged();
@@ -229,6 +238,7 @@ void CSMSServiceImpl::OnAvailable() {
   const CEventTrace trace("EVENT_SRV_MS_AVAILABLE");
   m_bDeviceStatus = true;
   m_bQueryServer = true;
+  m_hEventReceive.SetEvent();
   if (!m_receiver.IsRunning()) {
     ServiceTrace("Info: CSMSServiceImpl::OnDeviceMgrEvent()  Receiver StartThread()");
     StartReceiver();
@@ -342,6 +352,11 @@ bool CSMSServiceImpl::ReportStoreReady(bool bReady, int iStorage, bool& bReporte
     return false;
   }
   bReported = true;
-  CCallBack(m_lstEventHandle.begin(), m_lstEventHandle.end(), &ISMSEvent::OnStoreReady, iStorage);
+  try {
+    CCallBack(m_lstEventHandle.begin(), m_lstEventHandle.end(), &ISMSEvent::OnStoreReady, iStorage);
+  }
+  SMS_LET_CANCELLATION_PASS catch (...) {
+    // a client's fault must not end the check
+  }
   return true;
 }

@@ -24,6 +24,19 @@ std::recursive_mutex g_creation;
 
 const int kEndLimitSeconds = 5;
 
+/// A service that fails to let go must not keep the others from doing so.
+template <class Service, class Sink>
+void UnRegister(Service* pService, Sink* pSink) {
+  try {
+    if (pService != nullptr) {
+      pService->UnRegEventSink(pSink);
+    }
+  }
+  SMS_LET_CANCELLATION_PASS catch (...) {
+    // it keeps the sink; nothing more can be done about it
+  }
+}
+
 }  // namespace
 
 CSMSServiceImpl* CSMSServiceImpl::instance() {
@@ -116,18 +129,17 @@ void CSMSServiceImpl::ReadBroadcastSetting() {
 }
 
 void CSMSServiceImpl::OnDestroy() {
-  if (IShortMessage* const sms = GetSmsService()) {
-    sms->UnRegEventSink(this);
+  UnRegister(GetSmsService(), this);
+  UnRegister(GetDeviceMgr(), this);
+  UnRegister(GetNetService(), this);
+  try {
+    const CISAPUGuard<JMutex> guard(m_MutexCallback);
+    m_lstEventHandle.clear();
+    PublishClientsLocked();
   }
-  if (IDeviceMgr* const manager = GetDeviceMgr()) {
-    manager->UnRegEventSink(this);
+  SMS_LET_CANCELLATION_PASS catch (...) {
+    // the list is empty already
   }
-  if (INetSrv* const network = GetNetService()) {
-    network->UnRegEventSink(this);
-  }
-  const CISAPUGuard<JMutex> guard(m_MutexCallback);
-  m_lstEventHandle.clear();
-  PublishClientsLocked();
 }
 
 CSMSServiceImpl::~CSMSServiceImpl() {

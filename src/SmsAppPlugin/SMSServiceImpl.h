@@ -99,8 +99,8 @@ public:
   void CallBackToUI(const ISMSRecord* pRecord, DWORD dwCode);
   /// OnServiceState to all clients, without m_MutexCallback, from a copy of the list.
   void CallBackParamFunc(int iState);
-  /// Queues the address of a record with an MMS notification for the hook; always true.
-  bool SendMMSNotify(const SMReadRecord& stRecord);
+  /// Queues the address of a record with an MMS notification for the hook; always true. A derived class may refuse.
+  virtual bool SendMMSNotify(const SMReadRecord& stRecord);
   /// Delivers at most one queued notification.
   void SendNotifyToMmsUiPlugin();
   /// A copy that lives until the hook has had it, or GiveBackMms; what SendMMSNotify is given.
@@ -115,6 +115,10 @@ public:
   /// Stores a message of a move; false for a class-0 message, which no store keeps.
   bool Save2Local(const SMReadRecord& stRecord);
 
+protected:
+  CSMSServiceImpl();
+  ~CSMSServiceImpl() override;
+
 private:
   friend class CSendPathAccess;  // tests hand parts to the send path that no division yields
   typedef std::list<ISMSEvent*> ClientList;
@@ -122,9 +126,7 @@ private:
   class CSendRequestOwner;
   enum class PartVerdict { kSent, kFailed };
   enum class NoticeEnd { kGoOn, kNextPass };
-
-  CSMSServiceImpl();
-  ~CSMSServiceImpl() override;
+  class CMovedMessages;
 
   // life
   void Construct();
@@ -143,7 +145,8 @@ private:
   bool HandPartToDevice(SendRun& run, const SMS_PARAM& stPart);
   PartVerdict AwaitVerdict(SendRun& run);
   void NoteCancel(SendRun& run);
-  void NoteTimeOut();
+  void ResetCancel(SendRun& run);
+  void NoteTimeOut(SendRun& run);
   void SetReportRecord(const SMS_PARAM& stPart, const VELK_wstring& strNumber);
   void ReportFailure();
   void FreeReportRecordLocked();
@@ -152,6 +155,8 @@ private:
   void SetSendPriority(CSMSRecordImpl& record);
 
   // events, all with m_OnDeviceMgrEvent held
+  /// @return false: the number is unknown.
+  bool HandleEvent(unsigned long dwEvent, void* pData);
   void OnSysmodeChanged();
   void OnMemoryFull(const void* pData);
   void QueueDirect(const SMReadRecord& stRecord);
@@ -192,6 +197,8 @@ private:
   bool DeleteOnDevice(SMS_MEM enMem, MSG_HANDLE hMsg);
 
   // clients
+  void AddClient(ISMSEvent* pEvent);
+  void TellPresentState();
   void PublishClientsLocked();
   void TellSimState(IDeviceService& device);
   void TellNetworkState(INetSrv& network);

@@ -307,19 +307,47 @@ bool CSMSServiceImpl::Save2Local(const SMReadRecord& stRecord) {
   return SaveLocally(record, id) && id != -1;
 }
 
+/// The moved messages, taken out of their list for a walk; what the walk did not reach goes back.
+class CSMSServiceImpl::CMovedMessages {
+public:
+  explicit CMovedMessages(CSMSServiceImpl& service) : m_service(service) {
+    const CISAPUGuard<JMutex> guard(m_service.m_MutexQueues);
+    m_left.swap(m_service.m_lstReadSIMNewMsg);
+  }
+  ~CMovedMessages() {
+    const CISAPUGuard<JMutex> guard(m_service.m_MutexQueues);
+    m_service.m_lstReadSIMNewMsg.splice(m_service.m_lstReadSIMNewMsg.begin(), m_left);
+  }
+  CMovedMessages(const CMovedMessages&) = delete;
+  CMovedMessages& operator=(const CMovedMessages&) = delete;
+
+  bool TakeOne(std::list<CSMSRecordImpl>& one) {
+    one.clear();
+    if (!m_left.empty()) {
+      one.splice(one.begin(), m_left, m_left.begin());
+    }
+    return !one.empty();
+  }
+
+private:
+  CSMSServiceImpl& m_service;
+  std::list<CSMSRecordImpl> m_left;
+};
+
 void CSMSServiceImpl::AnnounceMoved() {
   const bool loaded =
       m_pSimSMS != nullptr && m_pNVSMS != nullptr && m_pSimSMS->GetInitFlag() && m_pNVSMS->GetInitFlag();
   if (!loaded) {
     return;
   }
-  std::list<CSMSRecordImpl> moved;
-  {
-    const CISAPUGuard<JMutex> guard(m_MutexQueues);
-    moved.swap(m_lstReadSIMNewMsg);
-  }
-  CSMSRecordSetImpl* const set = moved.empty() || m_pLocalSMS == nullptr ? nullptr : m_pLocalSMS->GetReocrdList();
-  for (const CSMSRecordImpl& record : moved) {
+  CMovedMessages moved(*this);
+  CSMSRecordSetImpl* set = nullptr;
+  std::list<CSMSRecordImpl> one;
+  while (moved.TakeOne(one)) {
+    if (set == nullptr && m_pLocalSMS != nullptr) {
+      set = m_pLocalSMS->GetReocrdList();
+    }
+    const CSMSRecordImpl& record = one.front();
     const CISAPUGuard<JMutex> guard(m_MutexCallback);
     // Class-0 messages are in no store; they have the identifier -1 and are shown all the same.
     const bool stored = set != nullptr && set->GetRecord(record.GetMSGID()) != nullptr;

@@ -176,16 +176,20 @@ long CSMSServiceImpl::CreateSMSRecordSet(ISMSRecordSet** ppSet) {
   if (ppSet == nullptr) {
     return FAILURE;
   }
-  *ppSet = new (std::nothrow) CSMSRecordSetImpl;
-  return *ppSet == nullptr ? FAILURE : SUCCESS;
+  return Guarded([&]() -> long {
+    *ppSet = new CSMSRecordSetImpl;
+    return SUCCESS;
+  });
 }
 
 long CSMSServiceImpl::CreateSMSRecord(ISMSRecord** ppRecord, long lID) {
   if (ppRecord == nullptr) {
     return FAILURE;
   }
-  *ppRecord = new (std::nothrow) CSMSRecordImpl(lID);
-  return *ppRecord == nullptr ? FAILURE : SUCCESS;
+  return Guarded([&]() -> long {
+    *ppRecord = new CSMSRecordImpl(lID);
+    return SUCCESS;
+  });
 }
 
 long CSMSServiceImpl::ReleaseSMSRecord(ISMSRecord** ppRecord) {

@@ -25,6 +25,17 @@ const std::size_t kMostNumberOctets = 32;
 
 CCharacterMapFile g_sendMap;
 
+void TraceException() { ServiceTrace("sendMsg exception! "); }
+
+/// A step without which the run goes on.
+template <class Step>
+void Undisturbed(Step&& step) {
+  try {
+    step();
+  }
+  SMS_LET_CANCELLATION_PASS catch (...) { TraceException(); }
+}
+
 }  // namespace
 
 /// Owns the request of a run. However the run ends, the request goes and a waiting cancel is let go.
@@ -62,13 +73,10 @@ long CSMSServiceImpl::SendMsg(const VELK_wchar_t* pszNumber, const VELK_wchar_t*
       m_pSendSMSThread = new JThreadTP<CSMSServiceImpl, STSendThreadData*, void>;
     }
     request->pThread = m_pSendSMSThread;
-    if (!m_pSendSMSThread->IsRunning()) {
-      // Here and not in the run: a cancel that comes before the run has begun must not be forgotten.
-      ResetSendEvents();
-      request->bPrepared = true;
-    }
+    request->bPrepared = true;
     if (m_pSendSMSThread->StartThread(this, &CSMSServiceImpl::Send, request.get()) == 0) {
       request.release();
+      ResetSendEvents();
     } else {
       ServiceTrace("m_pSendSMSThread->StartThread false!");
     }
@@ -130,6 +138,9 @@ void CSMSServiceImpl::Send(STSendThreadData* pData) {
   const CISAPUGuard<JMutex> guard(m_MutexSendThread);
   if (pData == nullptr || !pData->bPrepared) {
     ResetSendEvents();
+  } else {
+    // SendMsg resets the events of this run before it gives the lock back, so that no cancel is ever forgotten.
+    const CISAPUGuard<JMutex> prepared(m_MutexSendStart);
   }
   if (pData == nullptr) {
     return;
@@ -138,7 +149,7 @@ void CSMSServiceImpl::Send(STSendThreadData* pData) {
     const CSendRequestOwner owner(pData, m_hEventCanceled);
     try {
       SendRun run;
-      ChooseBearer();
+      Undisturbed([this] { ChooseBearer(); });
       run.strKept = pData->strContent;
       SplitContent(g_sendMap.Apply(pData->strContent, getModulePath()).c_str(), run.parts);
       for (SMS_PARAM& part : run.parts) {
@@ -150,7 +161,7 @@ void CSMSServiceImpl::Send(STSendThreadData* pData) {
       m_bSendEnding = true;
       SaveSent(run);
     }
-    SMS_LET_CANCELLATION_PASS catch (...) { ServiceTrace("sendMsg exception! "); }
+    SMS_LET_CANCELLATION_PASS catch (...) { TraceException(); }
   }
   ServiceTrace("send end");
 }
@@ -198,7 +209,7 @@ void CSMSServiceImpl::SendToNumber(SendRun& run) {
   }
   SMS_LET_CANCELLATION_PASS catch (...) {
     run.FailNumber();
-    ServiceTrace("sendMsg exception! ");
+    TraceException();
   }
 }
 
@@ -262,17 +273,17 @@ CSMSServiceImpl::PartVerdict CSMSServiceImpl::AwaitVerdict(SendRun& run) {
         continue;  // the part in flight still gets its verdict
       case 1:
         m_hEventSendFail.ResetEvent();
-        m_hEventCancelMsg.ResetEvent();
+        ResetCancel(run);
         ServiceTrace("CSMSServiceImpl::Send() send success");
         return PartVerdict::kSent;
       case 2:
         m_hEventSendOK.ResetEvent();
-        m_hEventCancelMsg.ResetEvent();
+        ResetCancel(run);
         run.FailNumber();
         ServiceTrace("CSMSServiceImpl::Send() send failed");
         return PartVerdict::kFailed;
       case JEVENT_WAIT_TIME_OUT:
-        NoteTimeOut();
+        NoteTimeOut(run);
         run.FailNumber();
         ServiceTrace("CSMSServiceImpl::Send() JEVENT_WAIT_TIME_OUT");
         return PartVerdict::kFailed;
@@ -295,10 +306,19 @@ void CSMSServiceImpl::NoteCancel(SendRun& run) {
   ServiceTrace("CSMSServiceImpl::Send() send cancel");
 }
 
-void CSMSServiceImpl::NoteTimeOut() {
+/// A cancel that came together with the verdict, before this thread has seen either, counts as the earlier one.
+void CSMSServiceImpl::ResetCancel(SendRun& run) {
+  const CISAPUGuard<JMutex> guard(m_MutexSendStart);
+  if (m_hEventCancelMsg.IsSignalled()) {
+    NoteCancel(run);
+  }
+  m_hEventCancelMsg.ResetEvent();
+}
+
+void CSMSServiceImpl::NoteTimeOut(SendRun& run) {
   m_hEventSendOK.ResetEvent();
   m_hEventSendFail.ResetEvent();
-  m_hEventCancelMsg.ResetEvent();
+  ResetCancel(run);
   ReportFailure();
 }
 
@@ -342,9 +362,9 @@ void CSMSServiceImpl::SaveSent(const SendRun& run) {
   record.InitToCurrTime();
   record.SetInitialPosition(NS_SMS::SEND_BOX);
   record.SetPosition(NS_SMS::SEND_BOX);
-  SetSendPriority(record);
-  SaveGroup(record, succeeded, NS_SMS::SUCCESS);
-  SaveGroup(record, failed, NS_SMS::FAILURE);
+  Undisturbed([&] { SetSendPriority(record); });
+  Undisturbed([&] { SaveGroup(record, succeeded, NS_SMS::SUCCESS); });
+  Undisturbed([&] { SaveGroup(record, failed, NS_SMS::FAILURE); });
 }
 
 void CSMSServiceImpl::SaveGroup(CSMSRecordImpl& record, const VELK_wstring& strNumbers, int iResult) {

