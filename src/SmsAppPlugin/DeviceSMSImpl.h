@@ -93,7 +93,7 @@ private:
   struct SavePlan;
 
   static bool ToHandle(long id, MSG_HANDLE& hMsg);
-  /// As the device wants it for reading without a change that the device itself would not keep.
+  /// UNREAD_SM_ALTER only where the device itself keeps the unread state.
   static int CarefulReadMode(IShortMessage& service);
 
   // loading; m_MutexReadSMS and the service's read lock held

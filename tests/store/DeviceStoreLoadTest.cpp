@@ -15,7 +15,6 @@ using testing::Not;
 
 namespace {
 
-const char* const kEnterRead = "Info: Enter CDeviceSMSImpl::ReadRecord()";
 const char* const kQuit = "m_bInit || m_bIsQuitThread, ReadNewMsgUnlock and quit ReadRecord()";
 
 /// Every read lock taken was given back.

@@ -151,6 +151,7 @@ TEST(DeviceStore, AnswersZeroToEveryChangeAndLeavesTheMirrorWhenNothingCanBeRead
   home.device.sms.Put(SMS_MEM_SM, MakeReadRecord("1", u"text"));
   CDeviceSMSImpl store(SMS_MEM_SM, home.Service());
   CSMSRecordImpl record(1L);
+  ASSERT_THAT(Mirror(store), IsEmpty());
   EXPECT_EQ(0, store.UpdateRecord(&record));
   EXPECT_THAT(Mirror(store), IsEmpty()) << "what the mirror does not hold is not added";
   store.Init();
