@@ -75,7 +75,8 @@ public:
   void GetLongSMSRecord(int iMR, int iTotalPack, const VELK_wstring& strNumber, std::time_t tTime,
                         std::vector<CSMSRecordImpl>& vctRecord);
 
-  /// Unread messages of all sets.
+  /// Unread messages of all sets, as far as they were pushed and removed; a read tag changed through a pointer is not
+  /// noticed.
   static int GetMissCount() { return m_iMissCount; }
 
 private:
