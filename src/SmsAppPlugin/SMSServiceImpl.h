@@ -120,7 +120,7 @@ protected:
   ~CSMSServiceImpl() override;
 
 private:
-  friend class CSendPathAccess;  // tests hand parts to the send path that no division yields
+  friend class CServiceAccess;  // tests look inside, and hand parts to the send path that no division yields
   typedef std::list<ISMSEvent*> ClientList;
   struct SendRun;
   class CSendRequestOwner;

@@ -1,24 +1,11 @@
 // Sending and cancelling.
 
-#include "SendRun.h"
+#include "ServiceAccess.h"
 #include "ServiceTest.h"
 #include "platform/JClock.h"
 
 #include <memory>
 #include <thread>
-
-/// Hands parts to the send path that no division yields.
-class CSendPathAccess {
-public:
-  static void SendParts(CSMSServiceImpl& service, const std::vector<SMS_PARAM>& parts,
-                        const std::vector<VELK_wstring>& numbers) {
-    CSMSServiceImpl::SendRun run;
-    run.parts = parts;
-    run.numbers = numbers;
-    run.failed.resize(numbers.size());
-    service.SendAll(run);
-  }
-};
 
 namespace {
 
@@ -219,7 +206,7 @@ TEST_F(Sending, SkipsAnEmptyPartOfSeveral) {
   SMS_PARAM full;
   full.wszContent[0] = u'x';
   full.iContentLen = 1;
-  CSendPathAccess::SendParts(*m_pService, {full, SMS_PARAM()}, {u"111"});
+  CServiceAccess::SendParts(*m_pService, {full, SMS_PARAM()}, {u"111"});
   EXPECT_EQ(1u, m_device.sms.Sent().size());
 }
 
