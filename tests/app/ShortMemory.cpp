@@ -27,5 +27,13 @@ void* operator new(std::size_t uBytes) {
   }
   return pBlock;
 }
+void* operator new(std::size_t uBytes, const std::nothrow_t&) noexcept {
+  try {
+    return ::operator new(uBytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 void operator delete(void* pBlock) noexcept { std::free(pBlock); }
 void operator delete(void* pBlock, std::size_t) noexcept { std::free(pBlock); }
+void operator delete(void* pBlock, const std::nothrow_t&) noexcept { std::free(pBlock); }
