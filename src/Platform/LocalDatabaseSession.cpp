@@ -25,8 +25,10 @@ class CStatementUse {
 public:
   explicit CStatementUse(sqlite3_stmt* pStatement) : m_pStatement(pStatement) {}
   ~CStatementUse() {
-    sqlite3_reset(m_pStatement);
-    sqlite3_clear_bindings(m_pStatement);
+    if (m_pStatement != nullptr) {  // it could not be prepared: the table is gone, perhaps
+      sqlite3_reset(m_pStatement);
+      sqlite3_clear_bindings(m_pStatement);
+    }
   }
   CStatementUse(const CStatementUse&) = delete;
   CStatementUse& operator=(const CStatementUse&) = delete;
