@@ -238,13 +238,15 @@ void CSMSServiceImpl::OnAvailable() {
   const CEventTrace trace("EVENT_SRV_MS_AVAILABLE");
   m_bDeviceStatus = true;
   m_bQueryServer = true;
-  m_hEventReceive.SetEvent();
   if (!m_receiver.IsRunning()) {
     ServiceTrace("Info: CSMSServiceImpl::OnDeviceMgrEvent()  Receiver StartThread()");
     StartReceiver();
   }
-  const CISAPUGuard<JMutex> guard(m_MutexCallback);
-  TellState(ISMSEvent::DEVICE_AVAILABLE);
+  {
+    const CISAPUGuard<JMutex> guard(m_MutexCallback);
+    TellState(ISMSEvent::DEVICE_AVAILABLE);
+  }
+  m_hEventReceive.SetEvent();
 }
 
 void CSMSServiceImpl::OnUnavailable() {
