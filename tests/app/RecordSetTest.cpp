@@ -269,6 +269,7 @@ TEST_F(RecordSet, ACopyOutlivesItsRecordAndTheSet) {
     EXPECT_EQ("kept", Utf8(copy->GetContent()));
   }
   EXPECT_EQ(Describe(MakeRecord(7, "kept")), Describe(*copy));
+  copy->SetMSGID(8);  // the copy is in no set
 }
 
 TEST_F(RecordSet, HasNoCopyOfAnAbsentRecord) { EXPECT_EQ(nullptr, m_set.GetSMSRecordCopy(1)); }
@@ -647,6 +648,14 @@ TEST_F(RecordSet, FollowsPartsThatAreReplacedRemovedAndChangedInPlace) {
   m_set.RemoveSMSRecord(2);
   m_set.GetRecord(1)->SetPosition(NS_SMS::RECYCLE_BOX);
   EXPECT_EQ("", Parts(m_set, 7, 2, kNumber, kSeconds));
+}
+
+TEST_F(RecordSet, FollowsAPartWhoseTextsAreMovedAway) {
+  Push(m_set, MakePart(1, 7, 2, 1));
+  CSMSRecordImpl taken = std::move(*m_set.GetRecord(1));
+  m_set.GetRecord(1)->SetTime(taken.GetTime());
+  EXPECT_EQ("", Parts(m_set, 7, 2, kNumber, kSeconds));
+  EXPECT_EQ("1", Parts(m_set, 7, 2, u"", kSeconds));
 }
 
 }  // namespace
