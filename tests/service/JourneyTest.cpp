@@ -17,13 +17,13 @@ void KeepUtc() {
   tzset();
 }
 
-/// 2026-09-21 14:13:20 and no step further: stamps are the same at every run. The device has no memories, so the
-/// start-up check sleeps, and with the receive loop asleep exactly two timed waits are under way.
+/// 2026-09-21 14:13:20 and no step further: stamps are the same at every run. The device comes after the start and its
+/// memories are not loaded, so the start-up check sleeps, and with the receive loop asleep exactly two timed waits are
+/// under way.
 class Journey : public ::testing::Test {
 protected:
   Journey() : m_clock((KeepUtc(), 1790000000)) {
-    m_device.manager.m_bHasSim = false;
-    m_device.manager.m_bHasModemMemory = false;
+    m_device.device.m_enStatus = DevDataDef::DEVICE_STATUS_UNKNOW;
     m_plugin.SetPluginContainer(&m_device.container);
   }
   ~Journey() override { Stop(); }
@@ -37,6 +37,7 @@ protected:
   bool Settle() {
     Start();
     m_pService->RegCallBack(&m_client);
+    m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_AVAILABLE, nullptr);
     const bool idle = AwaitIdle();
     m_journal.Clear();
     return idle;
