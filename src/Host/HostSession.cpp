@@ -65,6 +65,8 @@ std::string CheckCharacterMap() {
 
 }  // namespace
 
+Modem ModemIfConfigured() { return SettingUtf8(u"ModemPlugin", u"Device").empty() ? Modem::kNone : Modem::kConfigured; }
+
 std::string CheckSettingsAndFiles(bool bSettingsNamed) {
   const std::string settings = CGlobalFunction::CheckSettings(bSettingsNamed);
   return settings.empty() ? CheckCharacterMap() : settings;

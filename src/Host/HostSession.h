@@ -66,6 +66,9 @@ private:
   IDeviceMgr* m_pDeviceManager = nullptr;
 };
 
+/// kConfigured when the settings or the command line name a modem's port, else kNone.
+Modem ModemIfConfigured();
+
 /// Looks at the files that the settings name.
 /// @return empty, or one line for a person that names the file, the cause and what to do.
 std::string CheckSettingsAndFiles(bool bSettingsNamed);

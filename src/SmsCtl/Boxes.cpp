@@ -2,6 +2,7 @@
 
 #include "Text.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace smsctl {
@@ -10,7 +11,51 @@ namespace {
 
 const std::size_t kTextWidth = 48;
 
-/// "2026-11-20 12:34:56" of fourteen digits; other times as they are.
+struct Box {
+  const char* pszName;
+  const char* pszShort;  // null: not of the local store
+};
+
+// by NS_SMS::MSG_POSITION
+const Box kBoxes[NS_SMS::MSG_POSITION_NUM] = {{"send box", "send"},
+                                              {"receive box", "receive"},
+                                              {"draft box", "draft"},
+                                              {"favourite box", "favourite"},
+                                              {"recycle box", "recycle"},
+                                              {"receipt box", "receipt"},
+                                              {"send box (SIM)", nullptr},
+                                              {"receive box (SIM)", nullptr},
+                                              {"send box (modem)", nullptr},
+                                              {"receive box (modem)", nullptr},
+                                              {"cell broadcast box", "broadcast"},
+                                              {"timing box", "timing"}};
+
+bool IsKnown(int iPosition) { return iPosition >= 0 && iPosition < NS_SMS::MSG_POSITION_NUM; }
+
+}  // namespace
+
+int StorageOf(const std::string& name) {
+  return name == "sim" ? NS_SMS::SMS_SIM : name == "modem" ? NS_SMS::SMS_NV : NS_SMS::SMS_LOCAL;
+}
+
+const char* BoxName(int iPosition) { return IsKnown(iPosition) ? kBoxes[iPosition].pszName : "unknown box"; }
+
+std::vector<std::string> LocalBoxNames() {
+  std::vector<std::string> names;
+  for (const Box& box : kBoxes) {
+    if (box.pszShort != nullptr) {
+      names.push_back(box.pszShort);
+    }
+  }
+  return names;
+}
+
+int PositionOf(const std::string& name) {
+  const auto it = std::find_if(std::begin(kBoxes), std::end(kBoxes),
+                               [&](const Box& box) { return box.pszShort != nullptr && name == box.pszShort; });
+  return it == std::end(kBoxes) ? -1 : static_cast<int>(it - std::begin(kBoxes));
+}
+
 std::string ReadableTime(const std::string& time) {
   if (time.size() != 14) {
     return time;
@@ -19,24 +64,13 @@ std::string ReadableTime(const std::string& time) {
          time.substr(10, 2) + ":" + time.substr(12, 2);
 }
 
-const char* MarkOf(ISMSRecordSet& set) {
-  const int position = set.GetPosition();
-  const bool outgoing = position == NS_SMS::SEND_BOX || position == NS_SMS::SEND_BOX_SIM ||
-                        position == NS_SMS::SEND_BOX_NV || position == NS_SMS::RECEIPT_BOX;
+const char* MarkOf(int iPosition, int iSendResult, int iIsRead) {
+  const bool outgoing = iPosition == NS_SMS::SEND_BOX || iPosition == NS_SMS::SEND_BOX_SIM ||
+                        iPosition == NS_SMS::SEND_BOX_NV || iPosition == NS_SMS::RECEIPT_BOX;
   if (outgoing) {
-    return set.GetSendResult() == NS_SMS::SUCCESS ? "sent" : "FAILED";
+    return iSendResult == NS_SMS::SUCCESS ? "sent" : "FAILED";
   }
-  return set.GetIsRead() == NS_SMS::IS_NOT_READ ? "new" : "read";
-}
-
-}  // namespace
-
-const char* BoxName(int iPosition) {
-  static const char* const kNames[NS_SMS::MSG_POSITION_NUM] = {
-      "send box",         "receive box",         "draft box",          "favourite box",
-      "recycle box",      "receipt box",         "send box (SIM)",     "receive box (SIM)",
-      "send box (modem)", "receive box (modem)", "cell broadcast box", "timing box"};
-  return iPosition >= 0 && iPosition < NS_SMS::MSG_POSITION_NUM ? kNames[iPosition] : "unknown box";
+  return iIsRead == NS_SMS::IS_NOT_READ ? "new" : "read";
 }
 
 long PrintBox(ISMSService& service, int iStorage, int iPosition) {
@@ -48,7 +82,8 @@ long PrintBox(ISMSService& service, int iStorage, int iPosition) {
     }
     ++count;
     std::printf("  %4ld  %-19s  %-6s  %s: \"%s\"\n", set->GetMSGID(), ReadableTime(ToUtf8(set->GetTime())).c_str(),
-                MarkOf(*set), ToUtf8(set->GetNumber()).c_str(), OneLine(ToUtf8(set->GetContent()), kTextWidth).c_str());
+                MarkOf(iPosition, set->GetSendResult(), set->GetIsRead()), ToUtf8(set->GetNumber()).c_str(),
+                OneLine(ToUtf8(set->GetContent()), kTextWidth).c_str());
   }
   return count;
 }

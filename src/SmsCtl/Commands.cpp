@@ -32,4 +32,19 @@ int Count(const host::HostOptions& options, const std::string& text) {
   return kDone;
 }
 
+int PhonebookSize(const host::HostOptions& options, const std::string& text) {
+  host::CHostSession session(host::Modem::kNone, !options.settingsFile.empty());
+  std::string error;
+  if (!session.Start(error)) {
+    return Fail(error);
+  }
+  const VELK_wstring name = ToUtf16(text);
+  const int length = static_cast<int>(name.size());
+  bool unicode = false;
+  session.Service().Phonebook_Content_Encode(name.c_str(), length, true, unicode);
+  const int octets = session.Service().Phonebook_Content_Coding_Judge(name.c_str(), length, true, true);
+  std::printf("%s, %s\n", Counted(octets, "octet").c_str(), unicode ? "16-bit coding" : "GSM alphabet");
+  return kDone;
+}
+
 }  // namespace smsctl

@@ -38,6 +38,14 @@ void CInterrupt::OnInterrupt(const std::function<void()>& action) {
   m_watcher = std::thread([this] { Watch(); });
 }
 
+void CInterrupt::AwaitInterrupt() {
+  int signal = 0;
+  do {
+    sigwait(&m_signals, &signal);
+  } while (signal == kEndOfWatch);
+  m_interrupted = true;
+}
+
 void CInterrupt::Watch() {
   int signal = 0;
   sigwait(&m_signals, &signal);

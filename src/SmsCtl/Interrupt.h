@@ -19,6 +19,8 @@ public:
 
   /// From now on an interrupt, also one that came before, runs the action on a thread of its own.
   void OnInterrupt(const std::function<void()>& action);
+  /// Waits for an interrupt; instead of OnInterrupt.
+  void AwaitInterrupt();
   /// Waits for an action that runs; further interrupts are ignored.
   /// @return true: it was interrupted.
   bool Finish();

@@ -61,7 +61,26 @@ std::string CentreText(ISMSService& service) {
   return number[0] == 0 ? "not set" : ToUtf8(number);
 }
 
+void PrintStores(ISMSService& service, host::Modem modem) {
+  if (modem == host::Modem::kConfigured) {
+    Line("SIM memory", StoreText(service, NS_SMS::SMS_SIM));
+    Line("Modem memory", StoreText(service, NS_SMS::SMS_NV));
+  }
+  Line("Local store", StoreText(service, NS_SMS::SMS_LOCAL));
+}
+
 }  // namespace
+
+int Info(const host::HostOptions& options) {
+  const host::Modem modem = host::ModemIfConfigured();
+  host::CHostSession session(modem, !options.settingsFile.empty());
+  std::string error;
+  if (!session.Start(error)) {
+    return Fail(error);
+  }
+  PrintStores(session.Service(), modem);
+  return kDone;
+}
 
 int Status(const host::HostOptions& options) {
   host::CHostSession session(host::Modem::kConfigured, !options.settingsFile.empty());
@@ -77,9 +96,7 @@ int Status(const host::HostOptions& options) {
     Line("Network", NetworkText(*session.Network()));
   }
   Line("Service centre", CentreText(service));
-  Line("SIM memory", StoreText(service, NS_SMS::SMS_SIM));
-  Line("Modem memory", StoreText(service, NS_SMS::SMS_NV));
-  Line("Local store", StoreText(service, NS_SMS::SMS_LOCAL));
+  PrintStores(service, host::Modem::kConfigured);
   Line("Settings", GetPlatformPaths().strSettingsFile);
   Line("Trace", GetPlatformPaths().strLogFile);
   return kDone;

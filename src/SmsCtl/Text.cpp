@@ -2,6 +2,8 @@
 
 #include "platform/GlobalFunction.h"
 
+#include <algorithm>
+
 namespace smsctl {
 
 VELK_wstring ToUtf16(const std::string& text) {
@@ -34,6 +36,15 @@ std::string OneLine(const std::string& text, std::size_t width) {
     line += control ? ' ' : octet;
   }
   return line;
+}
+
+std::string Printable(const std::string& text) {
+  std::string printable(text);
+  for (char& octet : printable) {
+    const bool control = static_cast<unsigned char>(octet) < 0x20 || octet == 0x7F;
+    octet = control && octet != '\n' ? ' ' : octet;
+  }
+  return printable;
 }
 
 std::vector<std::string> SplitNumbers(const std::string& list) {

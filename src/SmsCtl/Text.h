@@ -16,6 +16,9 @@ std::string ToUtf8(const VELK_wchar_t* pszText);
 /// For one line on a terminal: line breaks and control characters as blanks, at most `width` characters, then "...".
 std::string OneLine(const std::string& text, std::size_t width);
 
+/// For a terminal: line breaks stay, other control characters become blanks.
+std::string Printable(const std::string& text);
+
 /// The numbers of a list separated by "," or ";"; empty ones are left out.
 std::vector<std::string> SplitNumbers(const std::string& list);
 

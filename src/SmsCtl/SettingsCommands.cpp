@@ -1,0 +1,225 @@
+// Commands about settings and cell-broadcast channels.
+
+#include "CommandSession.h"
+#include "Text.h"
+#include "platform/GlobalFunction.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <iterator>
+
+namespace smsctl {
+
+namespace {
+
+/// One setting as the command line names it; numbers are passed on as text.
+struct Setting {
+  const char* name;
+  const char* help;
+  std::function<bool(ISMSSetting&, std::string&)> get;
+  std::function<bool(ISMSSetting&, const std::string&)> set;  // empty: cannot be written
+};
+
+bool ParseNumber(const std::string& text, long& value) {
+  char* end = nullptr;
+  value = std::strtol(text.c_str(), &end, 10);
+  return !text.empty() && *end == '\0';
+}
+
+/// Reads with a getter of the settings interface.
+template <class Number>
+bool ReadNumber(ISMSSetting& setting, long (ISMSSetting::*pfnGet)(Number&), std::string& text) {
+  Number value = 0;
+  const bool known = (setting.*pfnGet)(value) == 0;
+  text = std::to_string(value);
+  return known;
+}
+
+bool GetCentre(ISMSSetting& setting, std::string& text) {
+  VELK_wchar_t number[32] = {};
+  const bool known = setting.GetSMSCentreNumber(number, 31) >= 0;
+  text = ToUtf8(number);
+  return known;
+}
+
+bool SetReceiveMode(const std::string& text) {
+  long mode = 0;
+  return ParseNumber(text, mode) && mode >= 0 && mode <= 2 &&
+         CGlobalFunction::SetSetting(u"SMSSERVICE", u"ReceviceMode", ToUtf16(text).c_str()) == 0;
+}
+
+bool SetCleanup(const std::string& text) {
+  long days = 0;
+  return ParseNumber(text, days) && days >= 0 &&
+         CGlobalFunction::SetSetting(u"CBSSettingPlugin", u"AutoCleanup", ToUtf16(text).c_str()) == 0;
+}
+
+const Setting kSettings[] = {
+    {"centre", "number of the service centre", GetCentre,
+     [](ISMSSetting& s, const std::string& v) { return s.SetSMSCentreNumber(ToUtf16(v).c_str()) == 0; }},
+    {"validity", "0 to 255: how long the network tries (3GPP TS 23.040, 9.2.3.12.1)",
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSValidityPeriod, t); },
+     [](ISMSSetting& s, const std::string& v) {
+       long value = 0;
+       return ParseNumber(v, value) && value >= 0 && value <= 255 && s.SetSMSValidityPeriod(value) == 0;
+     }},
+    {"report", "1: ask for delivery reports",
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSReceiptNotify, t); },
+     [](ISMSSetting& s, const std::string& v) {
+       return (v == "0" || v == "1") && s.SetSMSReceiptNotify(v == "1" ? 1 : 0) == 0;
+     }},
+    {"priority", "0 normal, 1 interactive, 2 urgent, 3 emergency",
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSPriority, t); },
+     [](ISMSSetting& s, const std::string& v) {
+       long value = 0;
+       return ParseNumber(v, value) && value >= 0 && value <= 3 && s.SetSMSPriority(static_cast<int>(value)) == 0;
+     }},
+    {"receive-mode", "0: new messages stay on the device; else they move to the local store",
+     [](ISMSSetting& s, std::string& t) {
+       int value = 0;
+       s.GetSMSReceiveMode(value);  // an absent setting has a value all the same
+       t = std::to_string(value);
+       return true;
+     },
+     [](ISMSSetting&, const std::string& v) { return SetReceiveMode(v); }},
+    {"broadcast-cleanup", "age in days after which broadcasts are removed; 0 keeps them",
+     [](ISMSSetting& s, std::string& t) {
+       int value = 0;
+       s.GetCBSAutoCleanup(value);
+       t = std::to_string(value);
+       return true;
+     },
+     [](ISMSSetting&, const std::string& v) { return SetCleanup(v); }},
+    {"group-limit", "most recipients of one send",
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSGroupSendLimit, t); }, nullptr},
+};
+
+const Setting* FindSetting(const std::string& name) {
+  const auto it = std::find_if(std::begin(kSettings), std::end(kSettings),
+                               [&](const Setting& setting) { return name == setting.name; });
+  return it == std::end(kSettings) ? nullptr : &*it;
+}
+
+int FailUnknown(const std::string& name) {
+  std::string names;
+  for (const Setting& setting : kSettings) {
+    names += names.empty() ? setting.name : std::string(", ") + setting.name;
+  }
+  return Fail("there is no setting \"" + name + "\"; there are " + names);
+}
+
+/// The settings object, with the modem started when one is configured.
+ISMSSetting* OpenSettings(host::CHostSession& session) {
+  std::string error;
+  ISMSSetting* setting = nullptr;
+  if (!session.Start(error)) {
+    Fail(error);
+  } else if (session.Service().GetSMSSetting(&setting) != ISMSService::SUCCESS || setting == nullptr) {
+    Fail("the settings cannot be reached; see the trace file");
+  }
+  return setting;
+}
+
+void PrintRanges(const CbsMidList& channels) {
+  if (channels.size == 0) {
+    std::puts("no channels");
+  }
+  for (DWORD index = 0; index < channels.size; ++index) {
+    const CBS_MID& range = channels.pCbsMids[index];
+    if (range.dwLeft == range.dwRight) {
+      std::printf("%lu\n", static_cast<unsigned long>(range.dwLeft));
+    } else {
+      std::printf("%lu-%lu\n", static_cast<unsigned long>(range.dwLeft), static_cast<unsigned long>(range.dwRight));
+    }
+  }
+}
+
+bool ListChannels(ISMSSetting& setting) {
+  CBSStat state = CBS_STAT_CLOSE;
+  CbsMidList channels;
+  CbsDcsList codings;
+  DWORD status = 0;
+  if (!setting.CBSGetDetail(&state, &channels, &codings, &status)) {
+    return false;
+  }
+  PrintRanges(channels);
+  return setting.CBSReleaseDetail(&channels, &codings, &status);
+}
+
+}  // namespace
+
+int GetSettings(const host::HostOptions& options, const std::string& name) {
+  if (!name.empty() && FindSetting(name) == nullptr) {
+    return FailUnknown(name);
+  }
+  host::CHostSession session(host::ModemIfConfigured(), !options.settingsFile.empty());
+  ISMSSetting* const setting = OpenSettings(session);
+  if (setting == nullptr) {
+    return kNotDone;
+  }
+  bool all = true;
+  for (const Setting& each : kSettings) {
+    if (!name.empty() && name != each.name) {
+      continue;
+    }
+    std::string value;
+    const bool known = each.get(*setting, value);
+    all = all && known;
+    if (!name.empty() && known) {
+      std::printf("%s\n", value.c_str());
+    } else if (name.empty()) {
+      std::printf("%-18s %-16s %s\n", each.name, known ? value.c_str() : "?", each.help);
+    }
+  }
+  return all ? kDone
+             : Fail("not every setting could be read: those of the modem need one; name its port with --device");
+}
+
+int SetSetting(const host::HostOptions& options, const std::string& name, const std::string& value) {
+  const Setting* const found = FindSetting(name);
+  if (found == nullptr) {
+    return FailUnknown(name);
+  }
+  if (!found->set) {
+    return Fail("\"" + name + "\" cannot be changed");
+  }
+  host::CHostSession session(host::ModemIfConfigured(), !options.settingsFile.empty());
+  ISMSSetting* const setting = OpenSettings(session);
+  if (setting == nullptr) {
+    return kNotDone;
+  }
+  return found->set(*setting, value)
+             ? kDone
+             : Fail("\"" + value + "\" is no value for " + name + " (" + found->help +
+                    "), or it could not be written: settings of the modem need one, named with --device");
+}
+
+int Channels(const host::HostOptions& options, const std::string& action, const std::string& channels) {
+  if ((action == "add" || action == "remove") == channels.empty()) {
+    return Fail(channels.empty() ? "name the channels, for example 50,4352-4359" : "only add and remove take channels");
+  }
+  if (channels.find_first_not_of("0123456789,-") != std::string::npos) {
+    return Fail("\"" + channels + "\" are no channels; write them as 50,4352-4359");
+  }
+  host::CHostSession session(host::Modem::kConfigured, !options.settingsFile.empty());
+  ISMSSetting* const setting = OpenSettings(session);
+  if (setting == nullptr) {
+    return kNotDone;
+  }
+  DWORD status = 0;
+  bool done = false;
+  if (action == "list") {
+    done = ListChannels(*setting);
+  } else if (action == "add") {
+    done = setting->AddCBSChannel(channels.c_str());
+  } else if (action == "remove") {
+    done = setting->RemoveCBSChannel(channels.c_str());
+  } else {
+    done = setting->CBSSetService(action == "on" ? CBS_STAT_OPEN : CBS_STAT_CLOSE, &status);
+  }
+  return done ? kDone : Fail("the modem refuses that");
+}
+
+}  // namespace smsctl
