@@ -40,8 +40,8 @@ public:
   bool HasTwins() const { return m_bTwins; }
 
 private:
-  static constexpr unsigned long kPageSize = 128;
-  static constexpr unsigned long kNearPages = 16384;
+  static constexpr unsigned long kPageSize = 512;
+  static constexpr unsigned long kNearPages = 4096;
   struct Page {
     std::array<Iterator, kPageSize> slots;
     unsigned uFilled;

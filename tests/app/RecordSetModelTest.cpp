@@ -145,7 +145,7 @@ private:
 
   /// Few values, so that they meet often.
   long AnyID() {
-    const long ids[] = {-1, 0, 1, 2, 3, 4, 5, 6, 7, 127, 128, 129, -2, 2097151, 2097152, 2147483647};
+    const long ids[] = {-1, 0, 1, 2, 3, 4, 5, 6, 7, 511, 512, 513, -2, 2097151, 2097152, 2147483647};
     return ids[Below(16)];
   }
   std::string AnyNumber() { return Below(2) == 0 ? "1" : "2"; }

@@ -188,8 +188,8 @@ TEST_F(RecordSet, RemovingAnAbsentIdentifierOnlyMovesTheCursorToTheFirst) {
 }
 
 TEST_F(RecordSet, KnowsIdentifiersOfAnySize) {
-  const std::vector<long> ids = {0,   1,       -2,      2147483647, -2147483647L - 1, 127,
-                                 128, 2097151, 2097152, 4294967295, 1L << 40,         -(1L << 40)};
+  const std::vector<long> ids = {0,   1,       -2,      2147483647, -2147483647L - 1, 511,
+                                 512, 2097151, 2097152, 4294967295, 1L << 40,         -(1L << 40)};
   for (const long lID : ids) {
     EXPECT_EQ(0, Push(m_set, MakeRecord(lID, std::to_string(lID))));
   }
