@@ -65,10 +65,11 @@ std::string ReadableTime(const std::string& time) {
 }
 
 const char* MarkOf(int iPosition, int iSendResult, int iIsRead) {
-  const bool outgoing = iPosition == NS_SMS::SEND_BOX || iPosition == NS_SMS::SEND_BOX_SIM ||
-                        iPosition == NS_SMS::SEND_BOX_NV || iPosition == NS_SMS::RECEIPT_BOX;
-  if (outgoing) {
-    return iSendResult == NS_SMS::SUCCESS ? "sent" : "FAILED";
+  const bool outgoing =
+      iPosition == NS_SMS::SEND_BOX || iPosition == NS_SMS::SEND_BOX_SIM || iPosition == NS_SMS::SEND_BOX_NV;
+  if (outgoing || iPosition == NS_SMS::RECEIPT_BOX) {
+    const char* const success = outgoing ? "sent" : "delivered";
+    return iSendResult == NS_SMS::SUCCESS ? success : "FAILED";
   }
   return iIsRead == NS_SMS::IS_NOT_READ ? "new" : "read";
 }
@@ -81,7 +82,7 @@ long PrintBox(ISMSService& service, int iStorage, int iPosition) {
       continue;
     }
     ++count;
-    std::printf("  %4ld  %-19s  %-6s  %s: \"%s\"\n", set->GetMSGID(), ReadableTime(ToUtf8(set->GetTime())).c_str(),
+    std::printf("  %4ld  %-19s  %-9s  %s: \"%s\"\n", set->GetMSGID(), ReadableTime(ToUtf8(set->GetTime())).c_str(),
                 MarkOf(iPosition, set->GetSendResult(), set->GetIsRead()), ToUtf8(set->GetNumber()).c_str(),
                 OneLine(ToUtf8(set->GetContent()), kTextWidth).c_str());
   }

@@ -19,7 +19,7 @@ int PositionOf(const std::string& name);
 
 /// "2026-11-20 12:34:56" of fourteen digits; other times as they are.
 std::string ReadableTime(const std::string& time);
-/// "sent", "FAILED", "new" or "read".
+/// "sent", "delivered", "FAILED", "new" or "read".
 const char* MarkOf(int iPosition, int iSendResult, int iIsRead);
 
 /// Prints every message of a store whose box is `iPosition`, oldest first: identifier, time, number, result or read

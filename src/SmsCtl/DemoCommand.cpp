@@ -7,9 +7,12 @@
 #include "Simulator.h"
 #include "Text.h"
 
+#include <algorithm>
+#include <condition_variable>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 
 namespace smsctl {
 
@@ -21,7 +24,7 @@ const char kBothFriends[] = "+491700000002;+491700000003";
 const char kRefusedNumber[] = "+491700000009";
 const char kVerdictLatency[] = "60";  // milliseconds; a real network takes seconds
 const std::chrono::seconds kStepLimit(60);
-const long kRecordsOfTheDemo = 5;  // one each, and two for the cancelled send: one number begun, one not
+const long kSentOfTheDemo = 6;  // one each, and two for the cancelled send: one number begun, one not
 
 const char kShortText[] = "Hello from SmsAppPlugin.";
 const char kLongText[] =
@@ -35,6 +38,11 @@ const char kCancelledText[] =
     "in flight still gets its verdict; the others stay here. The whole text is kept in the send box all the same, so "
     "that it can be sent again later. That is the promise of a send box: whatever happens to the modem, to the network "
     "or to the program, the words of a person are still there. This sentence fills the last of the five parts.";
+
+const char kAnsweredText[] =
+    "A message to myself. It is longer than one part holds, so it leaves in two parts; the network brings both back, "
+    "the "
+    "host reads them from the SIM, joins them, keeps one whole message and deletes the copies on the SIM.";
 
 /// A folder for the demo's own settings, database and trace.
 class CTemporaryFolder {
@@ -54,6 +62,48 @@ private:
   bool m_made = false;
 };
 
+/// Hears of what comes in, beside what becomes of a send.
+class CDemoClient : public CSendWatcher {
+public:
+  void OnNewMessage(const ISMSRecord* pRecord) override {
+    const std::lock_guard<std::mutex> guard(m_newLock);
+    const std::string text = ToUtf8(pRecord->GetContent());
+    if (pRecord->GetMSGType() == NS_SMS::MSG_REPORT) {
+      ++m_reports;
+      std::printf("   report: %s to %s\n", pRecord->GetSendResult() == NS_SMS::SUCCESS ? "delivered" : "not delivered",
+                  ToUtf8(pRecord->GetNumber()).c_str());
+    } else {
+      m_texts.push_back(text);
+      std::printf("   received %s: message %ld, %s\n", PlaceOf(*pRecord).c_str(), pRecord->GetMSGID(),
+                  Counted(static_cast<long>(text.size()), "character").c_str());
+    }
+    std::fflush(stdout);
+    m_newChanged.notify_all();
+  }
+  /// Waits until this text has come in whole, and so many reports.
+  bool AwaitMessageAndReports(const std::string& text, int reports, std::chrono::seconds limit) {
+    std::unique_lock<std::mutex> guard(m_newLock);
+    return m_newChanged.wait_for(guard, limit, [&] {
+      return m_reports >= reports && std::find(m_texts.begin(), m_texts.end(), text) != m_texts.end();
+    });
+  }
+
+private:
+  static std::string PlaceOf(const ISMSRecord& record) {
+    int reference = 0;
+    int total = 0;
+    int part = 0;
+    record.GetMSGInfo(reference, total, part);
+    return total > 1 ? "part " + std::to_string(part) + " of " + std::to_string(total) : "the whole text";
+  }
+
+  std::mutex m_newLock;
+  std::condition_variable m_newChanged;
+  // guarded by m_newLock
+  std::vector<std::string> m_texts;
+  int m_reports = 0;
+};
+
 /// The steps, each true when it showed what it is meant to show.
 class CDemo {
 public:
@@ -68,7 +118,8 @@ private:
   bool SendThreePartsToTwo();
   bool SendToRefusedNumber();
   bool SendAndCancel();
-  bool ListSendBoxFromDisk();
+  bool SendToOwnNumber();
+  bool ListBoxesFromDisk();
 
   bool BeginSend(const std::string& title, const std::string& recipients, const char* text);
   /// Waits for the end and prints what became of each recipient.
@@ -78,7 +129,7 @@ private:
   bool FailStep(const std::string& text);
 
   host::CHostSession& m_session;
-  std::unique_ptr<CSendWatcher> m_pWatcher;
+  std::unique_ptr<CDemoClient> m_pWatcher;
   int m_step = 0;
   long m_parts = 0;  // of the text being sent
 };
@@ -93,7 +144,7 @@ bool CDemo::StartHost() {
   if (!m_session.Start(error)) {
     return FailStep(error);
   }
-  m_pWatcher = std::make_unique<CSendWatcher>();
+  m_pWatcher = std::make_unique<CDemoClient>();
   m_session.Service().RegCallBack(m_pWatcher.get());
   return m_pWatcher->AwaitCanSend(kStepLimit) || FailStep("the simulated modem has no network");
 }
@@ -175,19 +226,38 @@ bool CDemo::SendAndCancel() {
   return sent + notSent == 2 * m_parts || FailStep("the parts sent and those not sent do not add up");
 }
 
-bool CDemo::ListSendBoxFromDisk() {
+bool CDemo::SendToOwnNumber() {
+  ISMSSetting* setting = nullptr;
+  if (m_session.Service().GetSMSSetting(&setting) != ISMSService::SUCCESS || setting->SetSMSReceiptNotify(1) != 0) {
+    return FailStep("delivery reports cannot be asked for");
+  }
+  if (!BeginSend("To the own number, with delivery reports: two parts come back and are joined", kOwnNumber,
+                 kAnsweredText) ||
+      !EndSend({"sent"})) {
+    return false;
+  }
+  return m_pWatcher->AwaitMessageAndReports(kAnsweredText, 2, kStepLimit) ||
+         FailStep("the message or its reports did not come back");
+}
+
+bool CDemo::ListBoxesFromDisk() {
   StopHost();
   if (!StartHost()) {
     return false;
   }
-  std::printf("\n%d. The send box, read from the database on disk after the host was started again\n", ++m_step);
-  const long listed = PrintBox(m_session.Service(), NS_SMS::SMS_LOCAL, NS_SMS::SEND_BOX);
-  return listed == kRecordsOfTheDemo || FailStep("the send box does not hold what was sent");
+  std::printf("\n%d. The boxes, read from the database on disk after the host was started again\n", ++m_step);
+  std::puts("   send box");
+  const long sent = PrintBox(m_session.Service(), NS_SMS::SMS_LOCAL, NS_SMS::SEND_BOX);
+  std::puts("   receive box");
+  const long received = PrintBox(m_session.Service(), NS_SMS::SMS_LOCAL, NS_SMS::RECEIVE_BOX);
+  std::puts("   receipt box");
+  const long reports = PrintBox(m_session.Service(), NS_SMS::SMS_LOCAL, NS_SMS::RECEIPT_BOX);
+  return (sent == kSentOfTheDemo && received == 1 && reports == 2) || FailStep("the boxes do not hold what was sent");
 }
 
 int CDemo::Run() {
   const bool done = StartHost() && SendOnePart() && SendThreePartsToTwo() && SendToRefusedNumber() && SendAndCancel() &&
-                    ListSendBoxFromDisk();
+                    SendToOwnNumber() && ListBoxesFromDisk();
   StopHost();
   return done ? kDone : kNotDone;
 }

@@ -1,44 +1,16 @@
 // smsctl as a person uses it: the built program, its exit status and its words.
 
-#include "RunProgram.h"
-#include "Simulator.h"
-#include "TempHome.h"
+#include "CtlSupport.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 namespace {
 
 using ::testing::ContainsRegex;
-
 using ::testing::HasSubstr;
 
-/// A home folder of its own for the program under test.
-class SmsCtl : public ::testing::Test {
-protected:
-  ProgramResult Run(std::vector<std::string> arguments, const std::string& input = std::string()) const {
-    arguments.insert(arguments.begin(), BuiltProgram("smsctl"));
-    return RunProgram(arguments,
-                      {"XDG_CONFIG_HOME=" + m_home.Path("config"), "XDG_DATA_HOME=" + m_home.Path("data"),
-                       "XDG_STATE_HOME=" + m_home.Path("state"), "HOME=" + m_home.Path()},
-                      input);
-  }
-  std::string StartSimulator(const std::vector<std::string>& arguments = {}) {
-    std::string error;
-    EXPECT_TRUE(m_simulator.Start(arguments, error)) << error;
-    return m_simulator.Port();
-  }
-  static int CountLines(const std::string& text) {
-    return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
-  }
-  std::string DatabaseFile() const { return m_home.Path("data/smsapp/userdata/SMS.DTC"); }
-
-  CTempHome m_home;
-  smsctl::CSimulator m_simulator;
-};
+class SmsCtl : public CSmsCtlTest {};
 
 TEST_F(SmsCtl, NamesItsVersion) {
   const ProgramResult result = Run({"--version"});
@@ -49,7 +21,9 @@ TEST_F(SmsCtl, NamesItsVersion) {
 TEST_F(SmsCtl, ListsItsCommandsInTheHelp) {
   const ProgramResult result = Run({"--help"});
   EXPECT_EQ(0, result.status);
-  for (const char* command : {"demo", "send", "count", "status", "--device", "--config", "Exit status"}) {
+  for (const char* command : {"demo",   "send",     "count",    "phonebook-size", "list",     "show",       "save",
+                              "read",   "delete",   "remove",   "move",           "info",     "pull",       "watch",
+                              "status", "settings", "channels", "--device",       "--config", "Exit status"}) {
     EXPECT_THAT(result.out, HasSubstr(command));
   }
 }
@@ -243,7 +217,8 @@ TEST_F(SmsCtl, ShowsTheDemoToItsEnd) {
   EXPECT_EQ("", result.err);
   for (const char* line :
        {"1 part, GSM 7-bit\n", "3 parts, UCS-2\n", "part 3 of 3 to +491700000003: sent\n",
-        "part 1 of 1 to +491700000009: refused by the network\n", "of 5 parts\n", "read from the database on disk"}) {
+        "part 1 of 1 to +491700000009: refused by the network\n", "of 5 parts\n", "received the whole text: message ",
+        "report: delivered to +491700000001\n", "read from the database on disk"}) {
     EXPECT_THAT(result.out, HasSubstr(line));
   }
   EXPECT_THAT(result.out, ContainsRegex("cancelled: [1-9] parts not sent\n"));
