@@ -83,7 +83,10 @@ CSMSServiceImpl::CSMSServiceImpl()
       m_bSendEnding(false),
       m_MutexQueues(LockRank::kServiceQueues, "m_MutexQueues"),
       m_pPublishedClients(std::make_shared<ClientList>()),
-      m_pDeliveredMms(nullptr) {
+      m_pDeliveredMms(nullptr),
+      m_iTransactions(0),
+      m_transactionThread(0) {
+  m_hEventNoTransaction.Init(true, true);
   try {
     Construct();
   }

@@ -8,6 +8,7 @@
 #include "services/IDeviceMgrEvent.h"
 #include "services/IUniCommEvent.h"
 
+#include <sys/types.h>
 #include <atomic>
 #include <list>
 #include <memory>
@@ -206,6 +207,9 @@ private:
   long CutMemory(int iStorage);
 
   // records
+  class CRecordHold;
+  bool IsInForeignTransaction();
+  void ForgetTransaction();
   CSMSMgr* StoreOf(int iStorage) const;
   CSMSMgr* StoreOfPosition(int iPosition) const;
   long GetDeviceMsg(CDeviceSMSImpl& store, ISMSRecord* pRecord);
@@ -251,10 +255,13 @@ private:
 
   JMutex m_MutexSendStart;          // taking a request or a cancel
   std::atomic<bool> m_bSendEnding;  // the parts of the run are over, its thread is about to end
-  JMutex m_MutexQueues;             // the next three and m_lstReadSIMNewMsg
+  JMutex m_MutexQueues;             // the next five and m_lstReadSIMNewMsg
   std::shared_ptr<const ClientList> m_pPublishedClients;
   std::list<SMReadRecord> m_lstKeptMms;
   const SMReadRecord* m_pDeliveredMms;  // the hook has had it; given back with the next delivery
-  JEvent m_hEventReceive;               // something is queued, or the receive thread shall end
-  JEvent m_hEventStopCheck;             // the start-up check shall end
+  int m_iTransactions;                  // open transactions of one client
+  pid_t m_transactionThread;            // whose they are; the system does not use a number again at once
+  JEvent m_hEventNoTransaction;
+  JEvent m_hEventReceive;    // something is queued, or the receive thread shall end
+  JEvent m_hEventStopCheck;  // the start-up check shall end
 };

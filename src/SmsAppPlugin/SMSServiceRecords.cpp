@@ -9,6 +9,7 @@
 #include "SMSSettingImpl.h"
 #include "ServiceTrace.h"
 
+#include <unistd.h>
 #include <new>
 
 namespace {
@@ -24,7 +25,60 @@ long Guarded(Operation&& operation) {
   SMS_LET_CANCELLATION_PASS catch (...) { return ISMSService::FAILURE; }
 }
 
+const unsigned int kTransactionLimitMs = 10000;  // the database gives up then, too
+
 }  // namespace
+
+/// What a record operation holds: m_MutexInterface, and m_MutexCallback before it where clients will be told. A change
+/// of the local store waits first, holding neither, for the end of another client's transaction, whose own operations
+/// need both. Inside a callback there is no such wait: the lock of the callback stays held either way.
+class CSMSServiceImpl::CRecordHold {
+public:
+  enum Kind { kOperation, kLocalChange, kLocalSave };
+
+  CRecordHold(CSMSServiceImpl& service, Kind enKind) : m_service(service), m_bTellsClients(enKind == kLocalSave) {
+    const bool inside = service.m_MutexCallback.IsHeldByThisThread();
+    Take();
+    while (!inside && enKind != kOperation && service.IsInForeignTransaction()) {
+      Give();
+      if (service.m_hEventNoTransaction.WaitForSingleObject(kTransactionLimitMs) != 0) {
+        service.ForgetTransaction();  // its thread may have ended; if not, the database says so
+      }
+      Take();
+    }
+  }
+  ~CRecordHold() { Give(); }
+  CRecordHold(const CRecordHold&) = delete;
+  CRecordHold& operator=(const CRecordHold&) = delete;
+
+private:
+  void Take() {
+    if (m_bTellsClients) {
+      m_service.m_MutexCallback.Lock();
+    }
+    m_service.m_MutexInterface.Lock();
+  }
+  void Give() {
+    m_service.m_MutexInterface.Unlock();
+    if (m_bTellsClients) {
+      m_service.m_MutexCallback.Unlock();
+    }
+  }
+
+  CSMSServiceImpl& m_service;
+  const bool m_bTellsClients;
+};
+
+bool CSMSServiceImpl::IsInForeignTransaction() {
+  const CISAPUGuard<JMutex> guard(m_MutexQueues);
+  return m_iTransactions > 0 && m_transactionThread != gettid();
+}
+
+void CSMSServiceImpl::ForgetTransaction() {
+  const CISAPUGuard<JMutex> guard(m_MutexQueues);
+  m_iTransactions = 0;
+  m_hEventNoTransaction.SetEvent();
+}
 
 CSMSMgr* CSMSServiceImpl::StoreOf(int iStorage) const {
   CSMSMgr* store = nullptr;
@@ -114,11 +168,7 @@ long CSMSServiceImpl::SaveMsg(ISMSRecord* pRecord, long* plID, long& lCount) {
   }
   return Guarded([&] {
     // Completing a long message calls clients: their lock comes first.
-    std::unique_ptr<CISAPUGuard<JMutex>> clients;
-    if (store == m_pLocalSMS) {
-      clients = std::make_unique<CISAPUGuard<JMutex>>(m_MutexCallback);
-    }
-    const CISAPUGuard<JMutex> guard(m_MutexInterface);
+    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalSave : CRecordHold::kOperation);
     return store->SaveRecord(pRecord, plID, lCount);
   });
 }
@@ -129,7 +179,7 @@ long CSMSServiceImpl::UpdateMsg(ISMSRecord* pRecord) {
     return FAILURE;
   }
   return Guarded([&] {
-    const CISAPUGuard<JMutex> guard(m_MutexInterface);
+    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
     return store->UpdateRecord(pRecord);
   });
 }
@@ -140,7 +190,7 @@ long CSMSServiceImpl::DeleteMsg(long lID, int iStorage) {
     return FAILURE;
   }
   return Guarded([&] {
-    const CISAPUGuard<JMutex> guard(m_MutexInterface);
+    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
     return store->DeleteRecord(lID);
   });
 }
@@ -151,7 +201,7 @@ long CSMSServiceImpl::RemoveRecord(long lID, int iStorage) {
     return FAILURE;
   }
   return Guarded([&] {
-    const CISAPUGuard<JMutex> guard(m_MutexInterface);
+    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
     return store->RemoveRecord(lID);
   });
 }
@@ -215,12 +265,31 @@ long CSMSServiceImpl::BeginTransaction() {
   if (m_pLocalSMS == nullptr) {
     return FAILURE;
   }
-  return Guarded([&]() -> long { return m_pLocalSMS->BeginTransaction() == 0 ? SUCCESS : FAILURE; });
+  return Guarded([&]() -> long {
+    const CRecordHold hold(*this, CRecordHold::kLocalChange);
+    if (m_pLocalSMS->BeginTransaction() != 0) {
+      return FAILURE;
+    }
+    const CISAPUGuard<JMutex> guard(m_MutexQueues);
+    m_transactionThread = gettid();
+    ++m_iTransactions;
+    m_hEventNoTransaction.ResetEvent();
+    return SUCCESS;
+  });
 }
 
 long CSMSServiceImpl::EndTransaction() {
   if (m_pLocalSMS == nullptr) {
     return FAILURE;
   }
-  return Guarded([&]() -> long { return m_pLocalSMS->EndTransaction() == 0 ? SUCCESS : FAILURE; });
+  return Guarded([&]() -> long {
+    // Without m_MutexInterface: whoever holds it may be waiting for this end.
+    const long result = m_pLocalSMS->EndTransaction() == 0 ? SUCCESS : FAILURE;
+    const CISAPUGuard<JMutex> guard(m_MutexQueues);
+    const bool mine = m_iTransactions > 0 && m_transactionThread == gettid();
+    if (mine && --m_iTransactions == 0) {
+      m_hEventNoTransaction.SetEvent();
+    }
+    return result;
+  });
 }

@@ -98,6 +98,7 @@ class BroadcastEvent : public ServiceEvents {
 protected:
   BroadcastEvent() {
     m_home.WriteSettings("[CBS]\nenable=true\n");
+    m_device.device.m_enStatus = DevDataDef::DEVICE_STATUS_UNKNOW;  // no loads beside the events
     Start();
   }
   SMReadRecord Queue(CBSMessage page) {

@@ -195,6 +195,54 @@ TEST_F(RecordAccess, BracketsASeriesOfChanges) {
   EXPECT_EQ(1u, Stored().size());
 }
 
+/// The clock stands still: whoever waited for a limit would wait for ever.
+class TransactionOfOne : public CPassTest {};
+
+TEST_F(TransactionOfOne, IsNotHeldUpByTheChangesOfOthersThatWaitForIt) {
+  ASSERT_TRUE(StartIdle());
+  const auto save = [this] {
+    CSMSRecordImpl record;
+    record.SetMSGID(-1);
+    long id = -1;
+    long count = 1;
+    return m_pService->SaveMsg(&record, &id, count);
+  };
+  ASSERT_EQ(0, m_pService->BeginTransaction());
+  ASSERT_EQ(0, save());
+  long others[4] = {9, 9, 9, 9};
+  std::thread threads[] = {
+      std::thread([&] { others[0] = save(); }),
+      std::thread([&] { others[1] = m_pService->RemoveRecord(1, NS_SMS::SMS_LOCAL); }),
+      std::thread([&] { others[2] = m_pService->BeginTransaction() + m_pService->EndTransaction(); }),
+      std::thread([&] { others[3] = m_pService->DeleteMsg(2, NS_SMS::SMS_LOCAL); })};
+  ASSERT_TRUE(m_clock.AwaitTimedWaiters(4, 10000, 10000)) << "they wait for the end";
+  EXPECT_EQ(0, save());
+  EXPECT_EQ(0, m_pService->BeginTransaction()) << "nested";
+  EXPECT_EQ(0, m_pService->EndTransaction());
+  EXPECT_EQ(0, m_pService->EndTransaction());
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(0, others[0]);
+  EXPECT_EQ(0, others[1]);
+  EXPECT_EQ(0, others[2]);
+  EXPECT_EQ(0, others[3]);
+  EXPECT_EQ(2, m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL)->GetRecordCount());
+}
+
+TEST_F(TransactionOfOne, IsForgottenWhenItsThreadHasEndedWithoutEndingIt) {
+  ASSERT_TRUE(StartIdle());
+  std::thread([this] { EXPECT_EQ(0, m_pService->BeginTransaction()); }).join();
+  long result = 9;
+  std::thread other([&] { result = m_pService->RemoveRecord(77, NS_SMS::SMS_LOCAL); });
+  ASSERT_TRUE(m_clock.AwaitTimedWaiters(1, 10000, 10000));
+  m_clock.Advance(10000);
+  other.join();
+  EXPECT_EQ(-1, result) << "there is no such message";
+  EXPECT_EQ(0, m_pService->BeginTransaction());
+  EXPECT_EQ(0, m_pService->EndTransaction());
+}
+
 TEST_F(RecordAccess, OutlivesADeviceLossWithThePointerToADeviceSet) {
   m_home.WriteSettings("[SMSSERVICE]\nReceviceMode=0\n");
   m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("222", u"on the SIM", SMS_STAT_READ));
