@@ -87,6 +87,7 @@ CSMSServiceImpl::CSMSServiceImpl()
       m_iTransactions(0),
       m_transactionThread(0) {
   m_hEventNoTransaction.Init(true, true);
+  m_hEventOwnerWaits.Init(true, false);
   try {
     Construct();
   }

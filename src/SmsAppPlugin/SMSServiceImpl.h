@@ -208,7 +208,10 @@ private:
 
   // records
   class CRecordHold;
-  bool IsInForeignTransaction();
+  /// A transaction is open, and this thread's own, or another's.
+  bool InTransaction(bool bOwn);
+  /// @return false: its owner waits for the lock of the callback that the calling thread is inside of.
+  bool AwaitTransactionEnd(bool bInsideCallback);
   void ForgetTransaction();
   CSMSMgr* StoreOf(int iStorage) const;
   CSMSMgr* StoreOfPosition(int iPosition) const;
@@ -262,6 +265,7 @@ private:
   int m_iTransactions;                  // open transactions of one client
   pid_t m_transactionThread;            // whose they are; the system does not use a number again at once
   JEvent m_hEventNoTransaction;
-  JEvent m_hEventReceive;    // something is queued, or the receive thread shall end
-  JEvent m_hEventStopCheck;  // the start-up check shall end
+  JEvent m_hEventOwnerWaits;  // a transaction cannot go on without m_MutexCallback
+  JEvent m_hEventReceive;     // something is queued, or the receive thread shall end
+  JEvent m_hEventStopCheck;   // the start-up check shall end
 };

@@ -31,47 +31,80 @@ const unsigned int kTransactionLimitMs = 10000;  // the database gives up then, 
 
 /// What a record operation holds: m_MutexInterface, and m_MutexCallback before it where clients will be told. A change
 /// of the local store waits first, holding neither, for the end of another client's transaction, whose own operations
-/// need both. Inside a callback there is no such wait: the lock of the callback stays held either way.
+/// need both. A change from inside a callback holds m_MutexCallback all the same: it waits too, but gives up when the
+/// transaction cannot go on without that lock.
 class CSMSServiceImpl::CRecordHold {
 public:
   enum Kind { kOperation, kLocalChange, kLocalSave };
 
   CRecordHold(CSMSServiceImpl& service, Kind enKind) : m_service(service), m_bTellsClients(enKind == kLocalSave) {
-    const bool inside = service.m_MutexCallback.IsHeldByThisThread();
+    const bool bInside = service.m_MutexCallback.IsHeldByThisThread();
     Take();
-    while (!inside && enKind != kOperation && service.IsInForeignTransaction()) {
+    while (enKind != kOperation && m_bHeld && service.InTransaction(false)) {
       Give();
-      if (service.m_hEventNoTransaction.WaitForSingleObject(kTransactionLimitMs) != 0) {
-        service.ForgetTransaction();  // its thread may have ended; if not, the database says so
+      if (service.AwaitTransactionEnd(bInside)) {
+        Take();
       }
-      Take();
     }
   }
   ~CRecordHold() { Give(); }
   CRecordHold(const CRecordHold&) = delete;
   CRecordHold& operator=(const CRecordHold&) = delete;
 
+  /// Runs an operation of a store, unless the locks are not to be had. No exception leaves the service.
+  template <class Operation>
+  static long Run(CSMSServiceImpl& service, Kind enKind, Operation&& operation) {
+    return Guarded([&]() -> long {
+      const CRecordHold hold(service, enKind);
+      return hold.m_bHeld ? operation() : static_cast<long>(FAILURE);
+    });
+  }
+
 private:
   void Take() {
     if (m_bTellsClients) {
-      m_service.m_MutexCallback.Lock();
+      TakeClients();
     }
     m_service.m_MutexInterface.Lock();
+    m_bHeld = true;
+  }
+  void TakeClients() {
+    const bool bOwner = m_service.InTransaction(true);
+    if (bOwner) {
+      m_service.m_hEventOwnerWaits.SetEvent();
+    }
+    m_service.m_MutexCallback.Lock();
+    if (bOwner) {
+      m_service.m_hEventOwnerWaits.ResetEvent();
+    }
   }
   void Give() {
-    m_service.m_MutexInterface.Unlock();
-    if (m_bTellsClients) {
-      m_service.m_MutexCallback.Unlock();
+    if (m_bHeld) {
+      m_bHeld = false;
+      m_service.m_MutexInterface.Unlock();
+      if (m_bTellsClients) {
+        m_service.m_MutexCallback.Unlock();
+      }
     }
   }
 
   CSMSServiceImpl& m_service;
   const bool m_bTellsClients;
+  bool m_bHeld = false;
 };
 
-bool CSMSServiceImpl::IsInForeignTransaction() {
+bool CSMSServiceImpl::InTransaction(bool bOwn) {
   const CISAPUGuard<JMutex> guard(m_MutexQueues);
-  return m_iTransactions > 0 && m_transactionThread != gettid();
+  return m_iTransactions > 0 && (m_transactionThread == gettid()) == bOwn;
+}
+
+bool CSMSServiceImpl::AwaitTransactionEnd(bool bInsideCallback) {
+  JEvent* const ends[] = {&m_hEventNoTransaction, &m_hEventOwnerWaits};
+  const int end = JEvent::WaitForMultipleObjects(bInsideCallback ? 2 : 1, ends, false, kTransactionLimitMs);
+  if (end == JEVENT_WAIT_TIME_OUT) {
+    ForgetTransaction();  // its thread may have ended; if not, the database says so
+  }
+  return end != 1;
 }
 
 void CSMSServiceImpl::ForgetTransaction() {
@@ -166,11 +199,9 @@ long CSMSServiceImpl::SaveMsg(ISMSRecord* pRecord, long* plID, long& lCount) {
   if (store == nullptr) {
     return FAILURE;
   }
-  return Guarded([&] {
-    // Completing a long message calls clients: their lock comes first.
-    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalSave : CRecordHold::kOperation);
-    return store->SaveRecord(pRecord, plID, lCount);
-  });
+  // Completing a long message calls clients: their lock comes first.
+  const auto kind = store == m_pLocalSMS ? CRecordHold::kLocalSave : CRecordHold::kOperation;
+  return CRecordHold::Run(*this, kind, [&] { return store->SaveRecord(pRecord, plID, lCount); });
 }
 
 long CSMSServiceImpl::UpdateMsg(ISMSRecord* pRecord) {
@@ -178,10 +209,8 @@ long CSMSServiceImpl::UpdateMsg(ISMSRecord* pRecord) {
   if (store == nullptr) {
     return FAILURE;
   }
-  return Guarded([&] {
-    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
-    return store->UpdateRecord(pRecord);
-  });
+  const auto kind = store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation;
+  return CRecordHold::Run(*this, kind, [&] { return store->UpdateRecord(pRecord); });
 }
 
 long CSMSServiceImpl::DeleteMsg(long lID, int iStorage) {
@@ -189,10 +218,8 @@ long CSMSServiceImpl::DeleteMsg(long lID, int iStorage) {
   if (store == nullptr) {
     return FAILURE;
   }
-  return Guarded([&] {
-    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
-    return store->DeleteRecord(lID);
-  });
+  const auto kind = store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation;
+  return CRecordHold::Run(*this, kind, [&] { return store->DeleteRecord(lID); });
 }
 
 long CSMSServiceImpl::RemoveRecord(long lID, int iStorage) {
@@ -200,10 +227,8 @@ long CSMSServiceImpl::RemoveRecord(long lID, int iStorage) {
   if (store == nullptr) {
     return FAILURE;
   }
-  return Guarded([&] {
-    const CRecordHold hold(*this, store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation);
-    return store->RemoveRecord(lID);
-  });
+  const auto kind = store == m_pLocalSMS ? CRecordHold::kLocalChange : CRecordHold::kOperation;
+  return CRecordHold::Run(*this, kind, [&] { return store->RemoveRecord(lID); });
 }
 
 long CSMSServiceImpl::GetRecordInfo(int& iCapacity, int& iUsed, int iStorage) {
@@ -265,8 +290,7 @@ long CSMSServiceImpl::BeginTransaction() {
   if (m_pLocalSMS == nullptr) {
     return FAILURE;
   }
-  return Guarded([&]() -> long {
-    const CRecordHold hold(*this, CRecordHold::kLocalChange);
+  return CRecordHold::Run(*this, CRecordHold::kLocalChange, [&]() -> long {
     if (m_pLocalSMS->BeginTransaction() != 0) {
       return FAILURE;
     }

@@ -379,7 +379,9 @@ class MovedWhileLoading : public CPassTest {
 protected:
   bool StartLoaded() {
     HaveMemories(true, true);
-    StartWithClient();
+    Start();
+    m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    m_pService->RegCallBack(&m_client);
     return m_trace.AwaitLine("m_MutexReadNewMsg Unlock()", 5000, 2) && Pass(2);
   }
 };

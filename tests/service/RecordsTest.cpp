@@ -196,27 +196,57 @@ TEST_F(RecordAccess, BracketsASeriesOfChanges) {
 }
 
 /// The clock stands still: whoever waited for a limit would wait for ever.
-class TransactionOfOne : public CPassTest {};
-
-TEST_F(TransactionOfOne, IsNotHeldUpByTheChangesOfOthersThatWaitForIt) {
-  ASSERT_TRUE(StartIdle());
-  const auto save = [this] {
+class TransactionOfOne : public CPassTest {
+protected:
+  long SaveDraft() {
     CSMSRecordImpl record;
     record.SetMSGID(-1);
     long id = -1;
     long count = 1;
     return m_pService->SaveMsg(&record, &id, count);
-  };
+  }
+  /// A client saves inside a callback, on a thread of its own; the save waits.
+  std::thread SaveInsideACallback(long& result) {
+    m_client.SetHook([&](const std::string&) { result = SaveDraft(); });
+    std::thread driver([this] { m_device.net.RaiseNumber(NETSRV_DATA::EVENT_NET_SERVER_STATUS, 2); });
+    EXPECT_TRUE(m_clock.AwaitTimedWaiters(1, 10000, 10000));
+    return driver;
+  }
+};
+
+TEST_F(TransactionOfOne, IsWaitedForInsideACallback) {
+  ASSERT_TRUE(StartIdle());
   ASSERT_EQ(0, m_pService->BeginTransaction());
-  ASSERT_EQ(0, save());
+  long inside = 9;
+  std::thread driver = SaveInsideACallback(inside);
+  EXPECT_EQ(0, m_pService->EndTransaction());
+  driver.join();
+  EXPECT_EQ(0, inside);
+}
+
+TEST_F(TransactionOfOne, MakesAChangeInsideACallbackGiveUpWhenItNeedsTheLockOfThatCallback) {
+  ASSERT_TRUE(StartIdle());
+  ASSERT_EQ(0, m_pService->BeginTransaction());
+  long inside = 9;
+  std::thread driver = SaveInsideACallback(inside);
+  EXPECT_EQ(0, SaveDraft());
+  driver.join();
+  EXPECT_EQ(-1, inside);
+  EXPECT_EQ(0, m_pService->EndTransaction());
+}
+
+TEST_F(TransactionOfOne, IsNotHeldUpByTheChangesOfOthersThatWaitForIt) {
+  ASSERT_TRUE(StartIdle());
+  ASSERT_EQ(0, m_pService->BeginTransaction());
+  ASSERT_EQ(0, SaveDraft());
   long others[4] = {9, 9, 9, 9};
   std::thread threads[] = {
-      std::thread([&] { others[0] = save(); }),
+      std::thread([&] { others[0] = SaveDraft(); }),
       std::thread([&] { others[1] = m_pService->RemoveRecord(1, NS_SMS::SMS_LOCAL); }),
       std::thread([&] { others[2] = m_pService->BeginTransaction() + m_pService->EndTransaction(); }),
       std::thread([&] { others[3] = m_pService->DeleteMsg(2, NS_SMS::SMS_LOCAL); })};
   ASSERT_TRUE(m_clock.AwaitTimedWaiters(4, 10000, 10000)) << "they wait for the end";
-  EXPECT_EQ(0, save());
+  EXPECT_EQ(0, SaveDraft());
   EXPECT_EQ(0, m_pService->BeginTransaction()) << "nested";
   EXPECT_EQ(0, m_pService->EndTransaction());
   EXPECT_EQ(0, m_pService->EndTransaction());
