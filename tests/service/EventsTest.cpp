@@ -118,6 +118,7 @@ TEST_F(BroadcastEvent, BecomesAnUnreadMessageFromItsChannel) {
 }
 
 TEST_F(BroadcastEvent, LeavesWithTheTextOfTheReportEvent) {
+  ASSERT_TRUE(m_trace.AwaitLine("Start Thread CheckFileAndDeviceInit()"));
   m_trace.Clear();
   Queue(Page(1, 1, u"warning"));
   EXPECT_EQ(

@@ -2,7 +2,9 @@
 
 #include "PassTest.h"
 
+#include <chrono>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -382,7 +384,20 @@ protected:
     Start();
     m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
     m_pService->RegCallBack(&m_client);
-    return m_trace.AwaitLine("m_MutexReadNewMsg Unlock()", 5000, 2) && Pass(2);
+    return m_trace.AwaitLine("m_MutexReadNewMsg Unlock()", 5000, 2) && AwaitLoaded() && Pass(2);
+  }
+
+private:
+  /// A load gives the read lock back a moment before it says that it is over.
+  bool AwaitLoaded() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!CServiceAccess::AreLoaded(*m_pService)) {
+      if (std::chrono::steady_clock::now() > deadline) {
+        return false;
+      }
+      std::this_thread::yield();
+    }
+    return true;
   }
 };
 

@@ -37,6 +37,9 @@ public:
   static bool HidesDoubleModeCard(const CSMSServiceImpl& service) { return service.m_bHideDoubleModeCardNode; }
   static bool IsSimFullReported(const CSMSServiceImpl& service) { return service.m_bSIMIsFull; }
   static bool IsCheckRunning(const CSMSServiceImpl& service) { return service.m_CheckFileAndDeviceInit.IsRunning(); }
+  static bool AreLoaded(const CSMSServiceImpl& service) {
+    return service.m_pSimSMS->GetInitFlag() && service.m_pNVSMS->GetInitFlag();
+  }
   static bool IsReceiving(const CSMSServiceImpl& service) { return service.m_receiver.IsRunning(); }
 
   static std::size_t Notices(CSMSServiceImpl& service) {
