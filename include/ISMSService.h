@@ -94,7 +94,8 @@ public:
                                              bool bAllCodings) = 0;
 
   // --- Transactions of the local store; one belongs to the thread that began it
-  // ----------------------------------------
+  // --- Changes by others wait for its end, ten seconds at most. Inside a callback a change answers FAILURE when the
+  // --- transaction in turn needs that callback to end.
 
   virtual long BeginTransaction() = 0;
   virtual long EndTransaction() = 0;
