@@ -5,11 +5,14 @@
 #include "platform/TraceSrv.h"
 
 #include <CLI/CLI.hpp>
+#include <atomic>
 #include <cstdio>
 
 namespace host {
 
 namespace {
+
+std::atomic<bool> g_bFaultTold{false};
 
 VELK_wstring ToUtf16(const std::string& text) {
   const int length = CGlobalFunction::MultiByteToWideChar(text.c_str(), nullptr, 0, 0);
@@ -45,9 +48,12 @@ void ApplyHostOptions(const HostOptions& options, const std::string& program) {
     TraceSrv_SetLevel(Tracelevel::TL_INFO);
   }
   TraceSrv_SetSink(options.verbose ? Tracelevel::TL_INFO : Tracelevel::TL_CRIT,
-                   [program](Tracelevel::TraceLevel, const std::string&, const std::string& text) {
+                   [program](Tracelevel::TraceLevel level, const std::string&, const std::string& text) {
+                     g_bFaultTold = g_bFaultTold || level == Tracelevel::TL_CRIT;
                      std::fprintf(stderr, "%s: %s\n", program.c_str(), text.c_str());
                    });
 }
+
+bool IsGraveFaultTold() { return g_bFaultTold; }
 
 }  // namespace host

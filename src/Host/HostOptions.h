@@ -25,4 +25,7 @@ void AddHostOptions(CLI::App& app, HostOptions& options);
 /// @param program  name in front of each such line.
 void ApplyHostOptions(const HostOptions& options, const std::string& program);
 
+/// Whether a grave fault has reached the terminal, so that nobody needs to say it again.
+bool IsGraveFaultTold();
+
 }  // namespace host

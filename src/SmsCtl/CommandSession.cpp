@@ -51,7 +51,17 @@ bool CCommandSession::Open() {
     Fail(error);
     return false;
   }
-  return m_iStorage == NS_SMS::SMS_LOCAL || AwaitStore();
+  return m_iStorage == NS_SMS::SMS_LOCAL ? HasLocalStore() : AwaitStore();
+}
+
+bool CCommandSession::HasLocalStore() {
+  int capacity = 0;
+  int used = 0;
+  const bool usable = Service().GetRecordInfo(capacity, used, NS_SMS::SMS_LOCAL) == ISMSService::SUCCESS;
+  if (!usable && !host::IsGraveFaultTold()) {
+    Fail("the message store cannot be read; see the trace file");
+  }
+  return usable;
 }
 
 bool CCommandSession::AwaitStore() {

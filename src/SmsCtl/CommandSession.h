@@ -20,6 +20,7 @@ public:
   host::CHostSession& Host() { return m_session; }
 
 private:
+  bool HasLocalStore();
   bool AwaitStore();
 
   const int m_iStorage;

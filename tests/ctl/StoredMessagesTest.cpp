@@ -64,6 +64,21 @@ TEST_F(StoredMessages, SaysWhichMessageIsNotThere) {
   }
 }
 
+TEST_F(StoredMessages, FailsWithOneLineWhenTheDatabaseCannotBeUsed) {
+  m_home.WriteFile("plain", "somebody's file");
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"list"}, {"show", "1"}, {"save", "--box", "draft", "text"}}) {
+    std::vector<std::string> arguments = command;
+    arguments.insert(arguments.end(), {"--data-dir", m_home.Path("plain")});
+    const ProgramResult result = Run(arguments);
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ(1, CountLines(result.err)) << result.err;
+    EXPECT_THAT(result.err, HasSubstr(m_home.Path("plain")));
+    EXPECT_EQ("", result.out);
+  }
+  EXPECT_EQ("somebody's file", m_home.ReadFile("plain"));
+}
+
 TEST_F(StoredMessages, RefusesIdentifiersBoxesAndStoresThatDoNotExist) {
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"show", "abc"},
                                                     {"show"},
