@@ -178,14 +178,16 @@ TEST_F(PluginLibrary, WaitsForAnEventThatIsStillInAClient) {
   ASSERT_NE(nullptr, service);
   service->RegCallBack(&m_client);
   m_client.Clear();
+  CMonitor monitor;
+  bool inside = false;
   m_client.SetHook([&](const std::string& line) {
     if (line == "OnServiceState 3") {
+      monitor.Locked([&] { inside = true; });
       m_device.sms.AwaitCalls("UnRegEventSink", 1, 20000);  // the end has begun
     }
   });
   std::thread driver([&] { m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE, nullptr); });
-  EXPECT_TRUE(m_trace.AwaitLine(
-      "InfoAT: Enter CSMSServiceImpl::OnDeviceMgrEvent() EVENT_SRV_MS_UNAVAILABLE or EVENT_DEVICE_REJECT"));
+  EXPECT_TRUE(monitor.Await([&] { return inside; }, 20000));
   library.End();
   EXPECT_EQ(1, m_client.Count("OnServiceState 3"));
   driver.join();

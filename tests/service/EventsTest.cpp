@@ -8,6 +8,7 @@ const char kEnter[] = "InfoAT: Enter CSMSServiceImpl::OnDeviceMgrEvent() ";
 const char kLeave[] = "InfoAT: Leave CSMSServiceImpl::OnDeviceMgrEvent() ";
 
 typedef std::vector<std::string> Lines;
+typedef std::vector<unsigned long> Numbers;
 
 /// No message is taken: no client has registered.
 class ServiceEvents : public CServiceTest {
@@ -28,12 +29,12 @@ protected:
 
 TEST_F(ServiceEvents, KnowsItsNumbersAndNoOther) {
   Start();
-  for (unsigned long number : {4, 6, 8, 9, 6601, 6604, 6650, 20401, 20402, 20403, 20404, 20407, 20408, 20409}) {
+  for (unsigned long number : Numbers{4, 6, 8, 9, 6601, 6604, 6650, 20401, 20402, 20403, 20404, 20407, 20408, 20409}) {
     EXPECT_TRUE(Event(number)) << number;
     EXPECT_TRUE(m_pService->OnUniCommEvent(number, nullptr)) << number;
   }
   m_trace.Clear();
-  for (unsigned long number : {0, 1, 3, 5, 7, 10, 6600, 6602, 6603, 20400, 20405, 20406, 20410, 99999}) {
+  for (unsigned long number : Numbers{0, 1, 3, 5, 7, 10, 6600, 6602, 6603, 20400, 20405, 20406, 20410, 99999}) {
     EXPECT_FALSE(Event(number)) << number;
     EXPECT_FALSE(m_pService->OnUniCommEvent(number, nullptr)) << number;
   }
@@ -41,7 +42,7 @@ TEST_F(ServiceEvents, KnowsItsNumbersAndNoOther) {
 
 TEST_F(ServiceEvents, DoNothingWithoutTheirDataButEnterAndLeave) {
   StartWithClient();
-  for (unsigned long number : {4, 6, 20401, 20402, 20403, 20404, 20407}) {
+  for (unsigned long number : Numbers{4, 6, 20401, 20402, 20403, 20404, 20407}) {
     EXPECT_TRUE(Event(number)) << number;
   }
   EXPECT_TRUE(Told().empty());
@@ -260,7 +261,7 @@ TEST_F(ServiceEvents, SkipAStoreThatIsMissing) {
   m_device.device.m_enStatus = DevDataDef::DEVICE_STATUS_UNKNOW;
   Start();
   CServiceAccess::DropModemStore(*m_pService);
-  for (unsigned long number : {9, 6601, 6604, 6650, 20408}) {
+  for (unsigned long number : Numbers{9, 6601, 6604, 6650, 20408}) {
     EXPECT_TRUE(Event(number)) << number;
   }
   EXPECT_EQ(0, m_trace.Count("Info: CSMSServiceImpl::OnDeviceMgrEvent()  NVSMS StartThread()"));
@@ -319,7 +320,7 @@ TEST_F(ServiceEvents, TellTheOtherClientsOfAVerdictWhenOneThrows) {
 TEST_F(ServiceEvents, StayKnownWhenAClientThrows) {
   StartWithClient();
   m_client.SetHook([](const std::string&) { throw 42; });
-  for (unsigned long number : {8, 9}) {
+  for (unsigned long number : Numbers{8, 9}) {
     EXPECT_TRUE(Event(number)) << number;
   }
   EXPECT_EQ(1, Bracketed("EVENT_SRV_MS_AVAILABLE"));
