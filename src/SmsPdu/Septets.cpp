@@ -114,8 +114,8 @@ void UnpackSeptets(const BYTE* octets, std::size_t size, unsigned fillBits, BYTE
 
 PduError TextToSeptets(const VELK_wchar_t* text, std::size_t length, const SMS_NLI& tables, BYTE* septets,
                        std::size_t capacity, std::size_t* count) {
-  const CReverseTable& locking = LockingReverse(KnownLockingShift(tables.enNLI_Lock));
-  const CReverseTable& single = SingleReverse(KnownSingleShift(tables.enNLI_Single));
+  const CReverseTable& locking = LockingReverse(KnownLockingShift(static_cast<unsigned>(tables.enNLI_Lock)));
+  const CReverseTable& single = SingleReverse(KnownSingleShift(static_cast<unsigned>(tables.enNLI_Single)));
   std::size_t written = 0;
   *count = 0;
   for (std::size_t i = 0; i < length; ++i) {
@@ -134,8 +134,8 @@ PduError TextToSeptets(const VELK_wchar_t* text, std::size_t length, const SMS_N
 }
 
 std::size_t SeptetsToText(const BYTE* septets, std::size_t count, const SMS_NLI& tables, VELK_wchar_t* out) {
-  const VELK_wchar_t* const locking = Gsm7Table(KnownLockingShift(tables.enNLI_Lock));
-  const VELK_wchar_t* const single = Gsm7ExtTable(KnownSingleShift(tables.enNLI_Single));
+  const VELK_wchar_t* const locking = Gsm7Table(KnownLockingShift(static_cast<unsigned>(tables.enNLI_Lock)));
+  const VELK_wchar_t* const single = Gsm7ExtTable(KnownSingleShift(static_cast<unsigned>(tables.enNLI_Single)));
   std::size_t units = 0;
   for (std::size_t i = 0; i < count; ++i) {
     const BYTE code = septets[i];
