@@ -365,8 +365,7 @@ protected:
 };
 
 TEST_F(StartUpCheck, ReportsNothingWithoutAClientAndKeepsLooking) {
-  Start();
-  m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+  StartLocal();
   for (int look = 0; look < 5; ++look) {
     ASSERT_TRUE(Look());
   }

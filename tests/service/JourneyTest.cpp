@@ -30,7 +30,7 @@ protected:
 
   void Start() {
     m_pService = CSMSServiceImpl::instance();
-    m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    EXPECT_TRUE(CServiceAccess::AwaitLocalLoad(*m_pService));
     m_journal.Follow(m_client);
   }
   /// Starts, registers and lets everything come to rest; the transcript begins after that.

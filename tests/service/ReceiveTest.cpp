@@ -30,7 +30,7 @@ protected:
 };
 
 TEST_F(Receiving, TakesNothingUntilAClientHasRegistered) {
-  Start();
+  StartLocal();
   ASSERT_TRUE(AwaitIdle());
   Direct(MakeReadRecord("111", u"direct"));
   Arrive(MakeReadRecord("222", u"stored"));
@@ -341,7 +341,7 @@ protected:
   bool StartRefusing() {
     m_device.device.m_enStatus = DevDataDef::DEVICE_STATUS_UNKNOW;
     m_own = std::make_unique<CRefusingService>();
-    m_own->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    EXPECT_TRUE(CServiceAccess::AwaitLocalLoad(*m_own));
     m_own->RegCallBack(&m_client);
     m_own->OnDeviceMgrEvent(NETSRV_DATA::EVENT_SRV_MS_AVAILABLE, nullptr);
     const bool idle = AwaitIdle();
@@ -381,8 +381,7 @@ class MovedWhileLoading : public CPassTest {
 protected:
   bool StartLoaded() {
     HaveMemories(true, true);
-    Start();
-    m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    StartLocal();
     m_pService->RegCallBack(&m_client);
     return m_trace.AwaitLine("m_MutexReadNewMsg Unlock()", 5000, 2) && AwaitLoaded() && Pass(2);
   }
@@ -435,8 +434,7 @@ TEST_F(MovedWhileLoading, IsAnnouncedThoughAClientThrewAtTheOneBefore) {
 TEST_F(MovedWhileLoading, IsNotAnnouncedWhenItIsGoneMeanwhile) {
   HaveMemories(true, true);
   m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("111", u"waited"));
-  Start();  // without a client nothing is announced
-  m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+  StartLocal();  // without a client nothing is announced
   ASSERT_TRUE(m_trace.AwaitLine("m_MutexReadNewMsg Unlock()", 5000, 2));
   EXPECT_EQ(0, m_pService->RemoveRecord(1, NS_SMS::SMS_LOCAL));
   m_pService->RegCallBack(&m_client);

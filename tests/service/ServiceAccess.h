@@ -1,6 +1,7 @@
 // What tests see of the service from inside.
 #pragma once
 
+#include "Await.h"
 #include "DeviceSMSImpl.h"
 #include "FileSMSImpl.h"
 #include "SendRun.h"
@@ -53,6 +54,17 @@ public:
   static std::size_t KeptMms(CSMSServiceImpl& service) {
     const CISAPUGuard<JMutex> guard(service.m_MutexQueues);
     return service.m_lstKeptMms.size();
+  }
+
+  /// Waits until the load thread of the local store has done all it does; call it before anything needs the set.
+  static bool AwaitLocalLoad(CSMSServiceImpl& service) {
+    CMonitor pace;
+    int looksLeft = 20000;
+    while (!service.m_pLocalSMS->GetInitFlag() && looksLeft-- > 0) {
+      pace.Await([] { return false; }, 1);
+    }
+    // its turn at the database is over when another one comes
+    return service.m_pLocalSMS->BeginTransaction() == 0 && service.m_pLocalSMS->EndTransaction() == 0;
   }
 
   static CFileSMSImpl* Local(CSMSServiceImpl& service) { return service.m_pLocalSMS; }

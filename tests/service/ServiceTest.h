@@ -4,8 +4,8 @@
 #include "FakeClient.h"
 #include "FakeServices.h"
 #include "SMSPluginImpl.h"
-#include "SMSServiceImpl.h"
 #include "SMSSettingImpl.h"
+#include "ServiceAccess.h"
 #include "TempHome.h"
 #include "Text.h"
 #include "TraceCapture.h"
@@ -19,10 +19,14 @@ protected:
   ~CServiceTest() override { Stop(); }
 
   void Start() { m_pService = CSMSServiceImpl::instance(); }
-  /// Starts, registers the client and waits until the local store is loaded.
-  void StartWithClient() {
+  /// Starts and waits until the local store is loaded.
+  void StartLocal() {
     Start();
-    m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    EXPECT_TRUE(CServiceAccess::AwaitLocalLoad(*m_pService));
+  }
+  /// Then registers the client.
+  void StartWithClient() {
+    StartLocal();
     m_pService->RegCallBack(&m_client);
     m_client.Clear();
   }
