@@ -1,10 +1,8 @@
-// Trace lines of the stores, and work that must not throw or be unwound.
+// Trace lines of the stores, and work that must not throw.
 #pragma once
 
 #include "CatchAll.h"
 #include "platform/TraceSrv.h"
-
-#include <pthread.h>
 
 inline void TraceStore(const char* pszText) { TraceSrv_Trace(Tracelevel::TL_ERRO, "SMSSERVICE", pszText); }
 
@@ -19,15 +17,3 @@ long RunQuietly(const char* pszOperation, Work&& work) {
     return -1;
   }
 }
-
-/// A scope in which the thread is not unwound by JThread::Kill: destructors cannot let that pass.
-class CNoCancellation {
-public:
-  CNoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_iBefore); }
-  ~CNoCancellation() { pthread_setcancelstate(m_iBefore, nullptr); }
-  CNoCancellation(const CNoCancellation&) = delete;
-  CNoCancellation& operator=(const CNoCancellation&) = delete;
-
-private:
-  int m_iBefore;
-};

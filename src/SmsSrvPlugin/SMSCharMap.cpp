@@ -1,7 +1,8 @@
 // Reading and applying the character map.
 #include "SMSCharMap.h"
 
-#include <pthread.h>
+#include "CatchAll.h"
+
 #include <sys/stat.h>
 #include <cstdio>
 #include <cstring>
@@ -14,18 +15,6 @@ namespace {
 
 const int kMatchable = 0x8000;             // units from here on never match
 std::uint16_t g_replacements[kMatchable];  // by unit: replacement + 1 of its first entry, 0 without one
-
-/// The sending thread may be killed while it reads; the map must not stay half loaded.
-class CCancellationHold {
-public:
-  CCancellationHold() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_iBefore); }
-  ~CCancellationHold() { pthread_setcancelstate(m_iBefore, nullptr); }
-  CCancellationHold(const CCancellationHold&) = delete;
-  CCancellationHold& operator=(const CCancellationHold&) = delete;
-
-private:
-  int m_iBefore = 0;
-};
 
 struct FileCloser {
   void operator()(std::FILE* pFile) const { std::fclose(pFile); }
@@ -104,7 +93,7 @@ void IndexEntries() {
 }
 
 void LoadCharMap(const char* pszPath) {
-  const CCancellationHold hold;
+  const CNoCancellation hold;  // the sending thread may be killed meanwhile; the map must not stay half loaded
   // a directory opens and reads as endless, a pipe opens when somebody writes to it: only files are maps
   struct stat stInfo;
   if (pszPath == nullptr || stat(pszPath, &stInfo) != 0 || !S_ISREG(stInfo.st_mode)) {
