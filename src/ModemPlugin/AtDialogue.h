@@ -3,11 +3,13 @@
 
 #include "AtCommandBuilder.h"
 #include "ByteStream.h"
-#include "platform/JEvent.h"
+#include "Turn.h"
+#include "VelkTypes.h"
 
 #include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace modem {
@@ -28,12 +30,18 @@ struct AtReply {
   std::vector<std::string> lines;  // what came before the end, without the echo
 
   bool IsOk() const { return final == Final::kOk; }
+  /// 0, or the code, or "unknown error" (3GPP TS 27.005, 3.2.5).
+  DWORD Status() const {
+    const DWORD kUnknownError = 500;
+    return IsOk() ? 0 : code > 0 ? static_cast<DWORD>(code) : kUnknownError;
+  }
 };
 
 /// Purpose: one owner of the line. Callers queue for it; each has it until its reply is complete.
 /// Threads: Execute on any thread but the reader's; Feed and LineGone on the reader's. Unsolicited lines are handed
 ///          over on the reader's thread, one call each, outside of all locks.
-/// Errors:  in the reply. After a reply that did not come the next command first finds its way back into step.
+/// Errors:  in the reply. After a reply that did not come the next command first finds its way back into step; a modem
+///          that stays dumb, or a line that takes no more, is closed.
 class CAtDialogue {
 public:
   /// @param data  the line of octets that belongs to it (+CMT, +CDS, +CBM), else empty.
@@ -56,24 +64,28 @@ public:
   void LineGone();
 
 private:
-  enum class State { kIdle, kReply, kPrompt };
+  enum class State { kIdle, kReply, kPrompt, kStep };
+  typedef std::vector<std::pair<std::string, std::string>> Unsolicited;  // line and octets
 
   AtReply Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
+  AtReply Converse(const std::string& text, const std::string* octets, unsigned int limitMs);
   AtReply Await(unsigned int limitMs);
-  bool AwaitPrompt(AtReply& reply);
+  bool AwaitPrompt();
   void Begin(State state, const std::string& text, const char* prefix);
-  void GetBackIntoStep();
+  bool GetBackIntoStep();
   bool Send(const std::string& bytes);
 
   // m_lock held
-  void TakeLine(const std::string& line, std::vector<std::pair<std::string, std::string>>& unsolicited);
-  bool TakeFinal(const std::string& line);
+  void TakeOctet(char octet, Unsolicited& unsolicited);
+  void TakeLine(const std::string& line, Unsolicited& unsolicited);
+  void TakeReplyLine(const std::string& line);
+  void TakeFinal(AtReply::Final final, int code);
   bool BelongsToReply(const std::string& line) const;
   void EndReply(AtReply::Final final, int code);
 
   IByteStream& m_stream;
   const UnsolicitedHandler m_onUnsolicited;
-  std::mutex m_turn;          // held by the caller whose command runs
+  CTurnstile m_turn;          // of the caller whose command runs
   JEvent m_hDone;             // the reply has ended, or the prompt is there
   bool m_bOutOfStep = false;  // guarded by m_turn
 
@@ -85,7 +97,7 @@ private:
   bool m_bDataFollows = false;    // the next line belongs to a line of the reply
   std::string m_strAwaitingData;  // an unsolicited line whose octets follow
   std::string m_strEcho;
-  const char* m_pszPrefix = nullptr;
+  std::string m_strPrefix;  // empty: any line is part of the reply
   AtReply m_reply;
   std::string m_strPending;  // bytes after the last line end
 };

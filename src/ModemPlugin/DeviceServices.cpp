@@ -1,5 +1,7 @@
 #include "DeviceServices.h"
 
+#include "Guarded.h"
+
 #include <cstring>
 
 namespace modem {
@@ -38,12 +40,14 @@ bool CDeviceService::GetSimState(SimState* penState, DWORD* pdwExtra) {
     return false;
   }
   Clear(pdwExtra);
-  *penState = m_modem.Facts().sim;
-  return true;
+  return Guarded([&] {
+    *penState = m_modem.Facts().sim;
+    return true;
+  });
 }
 
 bool CNetworkService::RegEventSink(IUniCommEvent* pSink) {
-  return m_modem.Events().AddSink(CEventRaiser::Source::kNetwork, pSink);
+  return Guarded([&] { return m_modem.Events().AddSink(CEventRaiser::Source::kNetwork, pSink); });
 }
 
 bool CNetworkService::UnRegEventSink(IUniCommEvent* pSink) {
@@ -55,24 +59,21 @@ bool CNetworkService::GetServerStatus(SysSrvStatus* penStatus, DWORD* pdwExtra) 
     return false;
   }
   Clear(pdwExtra);
-  *penStatus = m_modem.Facts().network;
-  return true;
+  return Guarded([&] {
+    *penStatus = m_modem.Facts().network;
+    return true;
+  });
 }
 
 bool CNetworkService::GetCurrentPLMN(NETSRV_DATA::PLMNType* pstPLMN, DWORD* pdwExtra) {
-  const std::string code = m_modem.Facts().operatorCode;
-  if (pstPLMN == nullptr || code.empty()) {
-    return false;
-  }
-  Clear(pdwExtra);
-  std::memset(pstPLMN->szPLMN, 0, sizeof pstPLMN->szPLMN);
-  code.copy(pstPLMN->szPLMN, sizeof pstPLMN->szPLMN - 1);
-  return true;
+  return pstPLMN != nullptr && Guarded([&] {
+           const std::string code = m_modem.Facts().operatorCode;
+           Clear(pdwExtra);
+           std::memset(pstPLMN->szPLMN, 0, sizeof pstPLMN->szPLMN);
+           code.copy(pstPLMN->szPLMN, sizeof pstPLMN->szPLMN - 1);
+           return !code.empty();
+         });
 }
-
-bool CDeviceManager::RegEventSink(IDeviceMgrEvent* pSink) { return m_modem.Events().AddSink(pSink); }
-
-bool CDeviceManager::UnRegEventSink(IDeviceMgrEvent* pSink) { return m_modem.Events().RemoveSink(pSink); }
 
 bool CDeviceManager::GetDoubleModeCardState(bool* pbState, DWORD* pdwExtra1, DWORD* pdwExtra2, DWORD* pdwExtra3) {
   if (pbState == nullptr) {
@@ -89,11 +90,13 @@ bool CDeviceManager::GetMemIterator(IDeviceMemIterator** ppIterator) {
   if (ppIterator == nullptr) {
     return false;
   }
-  const std::lock_guard<std::mutex> guard(m_lock);
-  std::unique_ptr<IDeviceMemIterator>& walk = m_iterators[static_cast<unsigned long>(pthread_self())];
-  walk = std::make_unique<CMemoryWalk>(m_modem.Facts().memories);
-  *ppIterator = walk.get();
-  return true;
+  return Guarded([&] {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    std::unique_ptr<IDeviceMemIterator>& walk = m_iterators[static_cast<unsigned long>(pthread_self())];
+    walk = std::make_unique<CMemoryWalk>(m_modem.Facts().memories);
+    *ppIterator = walk.get();
+    return true;
+  });
 }
 
 bool CDeviceManager::GetPinStatus(DevDataDef::PinStatus* penStatus, DWORD* pdwPinTimes, DWORD* pdwPukTimes) {
@@ -102,8 +105,10 @@ bool CDeviceManager::GetPinStatus(DevDataDef::PinStatus* penStatus, DWORD* pdwPi
   }
   Clear(pdwPinTimes);
   Clear(pdwPukTimes);
-  *penStatus = m_modem.Facts().pin;
-  return true;
+  return Guarded([&] {
+    *penStatus = m_modem.Facts().pin;
+    return true;
+  });
 }
 
 }  // namespace modem

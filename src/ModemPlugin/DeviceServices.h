@@ -33,13 +33,15 @@ private:
   CModem& m_modem;
 };
 
+/// Has no event to raise: the modem stays the same one in the same mode, and its loss is told by the network service's
+/// EVENT_SRV_MS_UNAVAILABLE, on which everybody does what EVENT_DEVICE_REJECT would ask for; both would do it twice.
 class CDeviceManager : public IDeviceMgr {
 public:
   explicit CDeviceManager(CModem& modem) : m_modem(modem) {}
   void Release() override {}
   int GetLastError() override { return 0; }
-  bool RegEventSink(IDeviceMgrEvent* pSink) override;
-  bool UnRegEventSink(IDeviceMgrEvent* pSink) override;
+  bool RegEventSink(IDeviceMgrEvent* pSink) override { return pSink != nullptr; }
+  bool UnRegEventSink(IDeviceMgrEvent* pSink) override { return pSink != nullptr; }
   int GetDeviceMgrState() override { return 0; }
   bool GetDoubleModeCardState(bool* pbState, DWORD* pdwExtra1, DWORD* pdwExtra2, DWORD* pdwExtra3) override;
   bool GetMemIterator(IDeviceMemIterator** ppIterator) override;

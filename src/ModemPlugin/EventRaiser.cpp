@@ -1,51 +1,27 @@
 #include "EventRaiser.h"
 
+#include "Guarded.h"
+
 #include <algorithm>
 
 namespace modem {
-
-namespace {
-
-template <class Sink>
-bool Add(std::vector<Sink*>& sinks, Sink* sink) {
-  if (sink == nullptr) {
-    return false;
-  }
-  if (std::find(sinks.begin(), sinks.end(), sink) == sinks.end()) {
-    sinks.push_back(sink);
-  }
-  return true;
-}
-
-template <class Sink>
-bool Remove(std::vector<Sink*>& sinks, Sink* sink) {
-  const auto it = std::find(sinks.begin(), sinks.end(), sink);
-  if (it == sinks.end()) {
-    return false;
-  }
-  sinks.erase(it);
-  return true;
-}
-
-}  // namespace
 
 CEventRaiser::CEventRaiser() { m_hQueued.Init(false, false); }
 
 CEventRaiser::~CEventRaiser() { End(); }
 
-void CEventRaiser::Begin() {
+bool CEventRaiser::Begin() {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     m_bEnd = false;
   }
-  Start();
+  return Start() == 0;
 }
 
 void CEventRaiser::End() {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     m_bEnd = true;
-    m_items.clear();
   }
   m_hQueued.SetEvent();
   const unsigned int kLookMs = 1000;
@@ -55,29 +31,28 @@ void CEventRaiser::End() {
 
 bool CEventRaiser::AddSink(Source source, IUniCommEvent* pSink) {
   const std::lock_guard<std::mutex> guard(m_lock);
-  return Add(SinksOf(source), pSink);
-}
-
-bool CEventRaiser::AddSink(IDeviceMgrEvent* pSink) {
-  const std::lock_guard<std::mutex> guard(m_lock);
-  return Add(m_deviceManager, pSink);
+  std::vector<IUniCommEvent*>& sinks = SinksOf(source);
+  if (pSink != nullptr && std::find(sinks.begin(), sinks.end(), pSink) == sinks.end()) {
+    sinks.push_back(pSink);
+  }
+  return pSink != nullptr;
 }
 
 bool CEventRaiser::RemoveSink(Source source, IUniCommEvent* pSink) {
   bool removed = false;
   {
     const std::lock_guard<std::mutex> guard(m_lock);
-    removed = Remove(SinksOf(source), pSink);
+    std::vector<IUniCommEvent*>& sinks = SinksOf(source);
+    const auto it = std::find(sinks.begin(), sinks.end(), pSink);
+    removed = it != sinks.end();
+    if (removed) {
+      sinks.erase(it);
+    }
   }
   if (!pthread_equal(m_thread, pthread_self())) {
     const std::lock_guard<std::mutex> barrier(m_calling);
   }
   return removed;
-}
-
-bool CEventRaiser::RemoveSink(IDeviceMgrEvent* pSink) {
-  const std::lock_guard<std::mutex> guard(m_lock);
-  return Remove(m_deviceManager, pSink);
 }
 
 void CEventRaiser::Post(Source source, const UniCommCall& call, const std::function<void()>& onTaken) {
@@ -99,7 +74,8 @@ void* CEventRaiser::Thread() {
     }
     {
       const std::lock_guard<std::mutex> guard(m_lock);
-      if (m_bEnd) {
+      if (m_bEnd && m_items.empty()) {
+        m_thread = pthread_t();
         return nullptr;
       }
     }
@@ -118,8 +94,8 @@ bool CEventRaiser::RaiseNext() {
     item = std::move(m_items.front());
     m_items.pop_front();
   }
-  if (CallSinks(item) && item.onTaken) {
-    item.onTaken();
+  if (Guarded([&] { return CallSinks(item); }) && item.onTaken) {
+    Guarded([&] { item.onTaken(); });
   }
   return true;
 }
@@ -133,9 +109,16 @@ bool CEventRaiser::CallSinks(const Item& item) {
   }
   bool taken = false;
   for (IUniCommEvent* sink : sinks) {
-    taken = item.call(sink) || taken;
+    // one may have been removed by the one before
+    taken = (IsRegistered(item.source, sink) && Guarded([&] { return item.call(sink); })) || taken;
   }
   return taken;
+}
+
+bool CEventRaiser::IsRegistered(Source source, IUniCommEvent* pSink) {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  const std::vector<IUniCommEvent*>& sinks = SinksOf(source);
+  return std::find(sinks.begin(), sinks.end(), pSink) != sinks.end();
 }
 
 }  // namespace modem

@@ -3,7 +3,6 @@
 
 #include "platform/JEvent.h"
 #include "platform/JThread.h"
-#include "services/IDeviceMgrEvent.h"
 #include "services/IUniCommEvent.h"
 
 #include <atomic>
@@ -14,25 +13,27 @@
 
 namespace modem {
 
-/// Threads: any.
+/// Life:    Begin, End; may begin again. Sinks stay over that.
+/// Threads: any but, for End, the event thread.
+/// Errors:  an exception of a sink counts as false. Raise throws when memory is short, and has then done nothing.
 class CEventRaiser : private JThread {
 public:
-  enum class Source { kMessages, kNetwork, kDeviceManager };
+  enum class Source { kMessages, kNetwork };
   /// Calls one sink; answers what the sink answered.
   typedef std::function<bool(IUniCommEvent*)> UniCommCall;
 
   CEventRaiser();
   ~CEventRaiser() override;
 
-  void Begin();
-  /// Raises what is queued no longer, waits for the call under way, and ends the thread.
+  /// @return false: the system refuses a thread.
+  bool Begin();
+  /// Takes no more events, raises those that are queued, and ends the thread.
   void End();
 
   bool AddSink(Source source, IUniCommEvent* pSink);
-  /// Returns when no call of the sink is under way, unless called from inside that very call.
+  /// Returns when no call of the sink is under way, and never again will be; called from inside a call of a sink it
+  /// does not wait. So the caller must not hold a lock that a sink takes.
   bool RemoveSink(Source source, IUniCommEvent* pSink);
-  bool AddSink(IDeviceMgrEvent* pSink);
-  bool RemoveSink(IDeviceMgrEvent* pSink);
 
   /// Queues an event with a payload that is copied.
   /// @param onTaken  called on the event thread afterwards, when a sink has answered true; may be empty.
@@ -58,13 +59,13 @@ private:
   void Post(Source source, const UniCommCall& call, const std::function<void()>& onTaken);
   bool RaiseNext();
   bool CallSinks(const Item& item);
+  bool IsRegistered(Source source, IUniCommEvent* pSink);
   std::vector<IUniCommEvent*>& SinksOf(Source source) { return source == Source::kMessages ? m_messages : m_network; }
 
   std::mutex m_lock;
   std::deque<Item> m_items;  // guarded by m_lock, as all below
   std::vector<IUniCommEvent*> m_messages;
   std::vector<IUniCommEvent*> m_network;
-  std::vector<IDeviceMgrEvent*> m_deviceManager;
   bool m_bEnd = false;
   JEvent m_hQueued;      // something is queued, or the end has come
   std::mutex m_calling;  // held during a call of a sink

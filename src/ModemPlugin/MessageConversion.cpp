@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 namespace modem {
 
@@ -138,6 +139,39 @@ void KeepAsText(const std::string& hex, SMReadRecord& record) {
   std::copy_n(hex.begin(), record.dwLength, record.wszContent);
 }
 
+/// Coding of a page (3GPP TS 23.038, 5); the language's name may stand in front of the text.
+sms_pdu::Coding CodingOfPage(BYTE dcs) {
+  const BYTE kUcs2WithLanguage = 0x11;
+  const BYTE group = dcs >> 4;
+  if (dcs == kUcs2WithLanguage) {
+    return sms_pdu::Coding::Ucs2;
+  }
+  if ((group >= 0x4 && group <= 0x7) || group == 0x9) {
+    const BYTE alphabet = (dcs >> 2) & 3;
+    return alphabet == 1 ? sms_pdu::Coding::Octets : alphabet == 2 ? sms_pdu::Coding::Ucs2 : sms_pdu::Coding::Gsm7;
+  }
+  return group == 0xF && (dcs & 4) != 0 ? sms_pdu::Coding::Octets : sms_pdu::Coding::Gsm7;
+}
+
+std::size_t TextOfPage(BYTE dcs, const BYTE* octets, std::size_t size, VELK_wchar_t* text) {
+  BYTE septets[sms_pdu::kMaxSeptets];
+  std::size_t count = 0;
+  switch (CodingOfPage(dcs)) {
+    case sms_pdu::Coding::Ucs2:
+      for (; 2 * count + 1 < size; ++count) {
+        text[count] = static_cast<VELK_wchar_t>(octets[2 * count] << 8 | octets[2 * count + 1]);
+      }
+      return count;
+    case sms_pdu::Coding::Octets:
+      std::copy_n(octets, size, text);
+      return size;
+    default:
+      count = size * 8 / 7;
+      sms_pdu::UnpackSeptets(octets, size, 0, septets, count);
+      return sms_pdu::SeptetsToText(septets, count, SMS_NLI(), text);
+  }
+}
+
 sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
   data.dcs = DcsOf(part.cDCS);
   const std::size_t length = static_cast<std::size_t>(std::clamp(part.iContentLen, 0, 160));
@@ -211,6 +245,22 @@ UTTime ToLocalTime(const sms_pdu::TimeStamp& time) {
   return local;
 }
 
+sms_pdu::TimeStamp FromLocalTime(const UTTime& local) {
+  sms_pdu::TimeStamp time{local.wYear, local.btMonth, local.btDay, local.btHour, local.btMinute, local.btSecond, 0};
+  std::tm calendar = {};
+  calendar.tm_year = local.wYear - 1900;
+  calendar.tm_mon = local.btMonth - 1;
+  calendar.tm_mday = local.btDay;
+  calendar.tm_hour = local.btHour;
+  calendar.tm_min = local.btMinute;
+  calendar.tm_sec = local.btSecond;
+  calendar.tm_isdst = -1;
+  if (local.wYear != 0 && std::mktime(&calendar) != -1) {
+    time.zoneQuarters = static_cast<std::int8_t>(calendar.tm_gmtoff / (15 * 60));
+  }
+  return time;
+}
+
 SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat) {
   SMReadRecord record;
   record.enSMStat = enStat;
@@ -229,6 +279,33 @@ SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat) {
     KeepAsText(hex, record);
   }
   return record;
+}
+
+bool ReadPage(const std::string& hex, CBSMessage& page) {
+  const std::size_t kHeaderOctets = 6;
+  const std::size_t kMostOctets = 88;
+  const VELK_wchar_t kPadding = u'\r';
+  BYTE octets[kMostOctets];
+  std::size_t size = 0;
+  if (sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) != sms_pdu::PduError::None ||
+      size < kHeaderOctets) {
+    return false;
+  }
+  page = CBSMessage();
+  page.SerialNumber = static_cast<DWORD>(octets[0] << 8 | octets[1]);
+  page.MessageId = static_cast<DWORD>(octets[2] << 8 | octets[3]);
+  page.Sequence = octets[5] >> 4;
+  page.TotalNumber = octets[5] & 0x0F;
+  if (page.Sequence == 0 || page.TotalNumber < page.Sequence) {
+    page.Sequence = page.TotalNumber = 1;  // as the standard reads a parameter without sense
+  }
+  VELK_wchar_t text[sms_pdu::kMaxSeptets] = {};
+  std::size_t length = TextOfPage(octets[4], octets + kHeaderOctets, size - kHeaderOctets, text);
+  while (length > 0 && (text[length - 1] == kPadding || text[length - 1] == 0)) {
+    --length;
+  }
+  std::copy_n(text, std::min(length, std::size(page.wszContent)), page.wszContent);
+  return true;
 }
 
 sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& config, PduLine& out) {
@@ -252,8 +329,7 @@ sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& 
 
 sms_pdu::PduError MakeDeliver(const SMS_PARAM& part, PduLine& out) {
   sms_pdu::Deliver message;
-  const UTTime& time = part.utTime;
-  message.time = sms_pdu::TimeStamp{time.wYear, time.btMonth, time.btDay, time.btHour, time.btMinute, time.btSecond, 0};
+  message.time = FromLocalTime(part.utTime);
   sms_pdu::PduError error = sms_pdu::MakeAddress(Ascii(part.szAddress).c_str(), &message.originator);
   if (error == sms_pdu::PduError::None) {
     error = FillUserData(part, message.userData);

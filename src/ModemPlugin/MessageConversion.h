@@ -13,6 +13,10 @@ namespace modem {
 /// @param enStat  state in the device memory; outgoing states expect an SMS-SUBMIT.
 SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat);
 
+/// Reads a broadcast page (3GPP TS 23.041, 9.4.1.2) as the modem gives it: hexadecimal.
+/// @return false: it is damaged.
+bool ReadPage(const std::string& hex, CBSMessage& page);
+
 /// An AT line's worth of PDU.
 struct PduLine {
   std::string hex;             // the service centre in front
@@ -26,5 +30,7 @@ sms_pdu::PduError MakeDeliver(const SMS_PARAM& part, PduLine& out);
 
 /// The network's time as this computer's local time; all zero stays so.
 UTTime ToLocalTime(const sms_pdu::TimeStamp& time);
+/// With this computer's zone at that time.
+sms_pdu::TimeStamp FromLocalTime(const UTTime& local);
 
 }  // namespace modem

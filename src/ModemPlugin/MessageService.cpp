@@ -1,10 +1,10 @@
 #include "MessageService.h"
 
+#include "Guarded.h"
 #include "ModemStart.h"
 #include "platform/TraceSrv.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace modem {
@@ -23,10 +23,16 @@ const MSG_HANDLE kNoMessage = 0xFFFFFFFF;
 /// @return whether the command was carried out; the status says why not.
 bool Settle(const AtReply& reply, DWORD* pdwStatus) {
   if (pdwStatus != nullptr) {
-    const bool coded = reply.final == AtReply::Final::kCmsError || reply.final == AtReply::Final::kCmeError;
-    *pdwStatus = reply.IsOk() ? 0 : coded ? static_cast<DWORD>(reply.code) : kUnknownError;
+    *pdwStatus = reply.Status();
   }
   return reply.IsOk();
+}
+
+bool Accept(DWORD* pdwStatus) {
+  if (pdwStatus != nullptr) {
+    *pdwStatus = 0;
+  }
+  return true;
 }
 
 bool Refuse(DWORD* pdwStatus, DWORD status = kUnknownError) {
@@ -36,9 +42,40 @@ bool Refuse(DWORD* pdwStatus, DWORD status = kUnknownError) {
   return false;
 }
 
+/// Runs an operation; a failure that is no answer of the modem tells the unknown error.
+template <class Operation>
+bool Carry(DWORD* pdwStatus, Operation&& operation) {
+  Refuse(pdwStatus);
+  return Guarded(operation);
+}
+
 SMS_STAT StateOf(const std::string& text) {
-  const int state = std::atoi(text.c_str());
-  return state >= SMS_STAT_UNREAD && state <= SMS_STAT_SENT ? static_cast<SMS_STAT>(state) : SMS_STAT_READ;
+  DWORD state = 0;
+  return NumberOf(text, state) && state <= SMS_STAT_SENT ? static_cast<SMS_STAT>(state) : SMS_STAT_READ;
+}
+
+/// "0,1,5,320-478"; what makes no sense is left out.
+std::vector<CBS_MID> RangesOf(const std::string& list) {
+  std::vector<CBS_MID> ranges;
+  for (std::size_t begin = 0; begin < list.size();) {
+    const std::size_t end = std::min(list.find(',', begin), list.size());
+    const std::string item = list.substr(begin, end - begin);
+    const std::size_t dash = item.find('-');
+    CBS_MID range = {};
+    if (NumberOf(item.substr(0, dash), range.dwLeft) &&
+        NumberOf(dash == std::string::npos ? item : item.substr(dash + 1), range.dwRight)) {
+      ranges.push_back(range);
+    }
+    begin = end + 1;
+  }
+  return ranges;
+}
+
+template <class Item>
+Item* ArrayOf(const std::vector<Item>& items) {
+  Item* const array = new Item[items.size() + 1];
+  std::copy(items.begin(), items.end(), array);
+  return array;
 }
 
 }  // namespace
@@ -49,7 +86,7 @@ CMessageService::CMessageService(CModem& modem) : m_modem(modem) {
 }
 
 bool CMessageService::RegEventSink(IUniCommEvent* pSink) {
-  return m_modem.Events().AddSink(CEventRaiser::Source::kMessages, pSink);
+  return Guarded([&] { return m_modem.Events().AddSink(CEventRaiser::Source::kMessages, pSink); });
 }
 
 bool CMessageService::UnRegEventSink(IUniCommEvent* pSink) {
@@ -62,91 +99,97 @@ WMSConfigurationType CMessageService::Config() const {
 }
 
 bool CMessageService::SMSSendMsg(const SMS_PARAM& stParam, DWORD* pdwResult) {
-  PduLine line;
-  const sms_pdu::PduError error = MakeSubmit(stParam, Config(), line);
-  if (error != sms_pdu::PduError::None) {
-    const std::string text = std::string("a message cannot be sent: ") + sms_pdu::ErrorText(error);
-    TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", text.c_str());
-    return Refuse(pdwResult);
-  }
-  if (!m_modem.QueueSend(line)) {
-    return Refuse(pdwResult);
-  }
-  if (pdwResult != nullptr) {
-    *pdwResult = 0;
-  }
-  return true;
+  return Carry(pdwResult, [&] {
+    PduLine line;
+    const sms_pdu::PduError error = MakeSubmit(stParam, Config(), line);
+    if (error != sms_pdu::PduError::None) {
+      const std::string text = std::string("a message cannot be sent: ") + sms_pdu::ErrorText(error);
+      TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", text.c_str());
+      return false;
+    }
+    return m_modem.QueueSend(line) && Accept(pdwResult);
+  });
 }
 
 bool CMessageService::SMSSetBearer(SmsBear enBear, DWORD* pdwResult) {
-  // 3GPP TS 27.007, 7.21 counts the bearers as SmsBear does.
-  CAtCommand command("+CGSMS=");
-  return Settle(m_modem.Execute(command.Number(enBear), "+CGSMS:", kLimitMs), pdwResult);
+  return Carry(pdwResult, [&] {
+    // 3GPP TS 27.007, 7.21 counts the bearers as SmsBear does.
+    CAtCommand command("+CGSMS=");
+    return Settle(m_modem.Execute(command.Number(enBear), "+CGSMS:", kLimitMs), pdwResult);
+  });
 }
 
 bool CMessageService::GetWMSConfig(WMSConfigurationType* pstConfig, DWORD* pdwStatus) {
-  if (pstConfig == nullptr || !m_modem.IsAvailable()) {
-    return Refuse(pdwStatus);
-  }
-  *pstConfig = Config();
-  const std::string centre = m_modem.Facts().serviceCentre;
-  std::memset(pstConfig->szSCNum, 0, sizeof pstConfig->szSCNum);
-  centre.copy(pstConfig->szSCNum, sizeof pstConfig->szSCNum - 1);
-  if (pdwStatus != nullptr) {
-    *pdwStatus = 0;
-  }
-  return true;
+  return Carry(pdwStatus, [&] {
+    if (pstConfig == nullptr || !m_modem.IsAvailable()) {
+      return false;
+    }
+    *pstConfig = Config();
+    const std::string centre = m_modem.Facts().serviceCentre;
+    std::memset(pstConfig->szSCNum, 0, sizeof pstConfig->szSCNum);
+    centre.copy(pstConfig->szSCNum, sizeof pstConfig->szSCNum - 1);
+    return Accept(pdwStatus);
+  });
 }
 
 bool CMessageService::SetWMSConfig(WMSConfigurationType* pstConfig, DWORD* pdwStatus) {
-  if (pstConfig == nullptr || !m_modem.IsAvailable()) {
-    return Refuse(pdwStatus);
-  }
-  const std::string centre(pstConfig->szSCNum, strnlen(pstConfig->szSCNum, sizeof pstConfig->szSCNum));
-  if (centre != m_modem.Facts().serviceCentre) {
-    const int international = 145;
-    const int unknown = 129;
-    CAtCommand command("+CSCA=");
-    command.Quoted(centre).Number(!centre.empty() && centre[0] == '+' ? international : unknown);
-    if (!Settle(m_modem.Execute(command, "+CSCA:", kLimitMs), pdwStatus)) {
+  return Carry(pdwStatus, [&] {
+    if (pstConfig == nullptr || !m_modem.IsAvailable()) {
       return false;
     }
-    m_modem.SetServiceCentre(centre);
+    const std::string centre(pstConfig->szSCNum, strnlen(pstConfig->szSCNum, sizeof pstConfig->szSCNum));
+    if (centre != m_modem.Facts().serviceCentre && !SetCentre(centre, pdwStatus)) {
+      return false;
+    }
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_config = *pstConfig;
+    return Accept(pdwStatus);
+  });
+}
+
+bool CMessageService::SetCentre(const std::string& centre, DWORD* pdwStatus) {
+  const int kInternational = 145;
+  const int kUnknown = 129;
+  CAtCommand command("+CSCA=");
+  command.Quoted(centre).Number(!centre.empty() && centre[0] == '+' ? kInternational : kUnknown);
+  if (!Settle(m_modem.Execute(command, "+CSCA:", kLimitMs), pdwStatus)) {
+    return false;
   }
-  const std::lock_guard<std::mutex> guard(m_lock);
-  m_config = *pstConfig;
-  if (pdwStatus != nullptr) {
-    *pdwStatus = 0;
-  }
+  m_modem.SetServiceCentre(centre);
   return true;
 }
 
 // --- memories --------------------------------------------------------------------------------------------------------
 
 bool CMessageService::SMSGetMsgList(SMS_MEM enMem, SMS_LIST* pstList, DWORD* pdwStatus) {
-  if (pstList == nullptr) {
-    return Refuse(pdwStatus);
-  }
-  const CModem::CMemoryHold hold(m_modem, enMem);
-  CAtCommand command("+CMGL=");
-  const AtReply reply = hold.IsOk() ? m_modem.Execute(command.Number(kListAll), "+CMGL:", kListLimitMs) : AtReply();
-  if (!Settle(reply, pdwStatus)) {
-    return false;
-  }
-  CModem::MessageCache messages;
-  for (std::size_t line = 0; line + 1 < reply.lines.size(); line += 2) {
-    const std::vector<std::string> parameters = ParametersOf(reply.lines[line]);
-    if (parameters.size() >= 2) {
-      const MSG_HANDLE index = static_cast<MSG_HANDLE>(std::strtoul(parameters[0].c_str(), nullptr, 10));
-      messages.emplace(index, ReadPdu(reply.lines[line + 1], StateOf(parameters[1])));
+  return Carry(pdwStatus, [&] {
+    if (pstList == nullptr) {
+      return false;
     }
-  }
-  m_modem.RememberListed(enMem, messages);
-  pstList->dwCount = static_cast<DWORD>(messages.size());
-  pstList->pList = new MSG_HANDLE[messages.size() + 1];
-  pstList->pSmReadRecord = nullptr;
-  std::transform(messages.begin(), messages.end(), pstList->pList, [](const auto& message) { return message.first; });
-  return true;
+    const CModem::CMemoryHold hold(m_modem, enMem);
+    CAtCommand command("+CMGL=");
+    const AtReply reply = hold.IsOk() ? m_modem.Execute(command.Number(kListAll), "+CMGL:", kListLimitMs) : AtReply();
+    if (!Settle(reply, pdwStatus)) {
+      return false;
+    }
+    CModem::MessageCache messages;
+    for (std::size_t line = 0; line + 1 < reply.lines.size(); line += 2) {
+      const std::vector<std::string> parameters = ParametersOf(reply.lines[line]);
+      MSG_HANDLE index = 0;
+      if (parameters.size() >= 2 && NumberOf(parameters[0], index)) {
+        messages.emplace(index, ReadPdu(reply.lines[line + 1], StateOf(parameters[1])));
+      }
+    }
+    m_modem.RememberListing(enMem, messages);
+    std::vector<MSG_HANDLE> indexes;
+    for (const auto& message : messages) {
+      indexes.push_back(message.first);
+    }
+    pstList->pList = ArrayOf(indexes);
+    pstList->dwCount = static_cast<DWORD>(indexes.size());
+    pstList->pSmReadRecord = nullptr;
+    return true;
+  });
 }
 
 void CMessageService::SMSReleaseMsgList(SMS_LIST* pstList) {
@@ -158,31 +201,29 @@ void CMessageService::SMSReleaseMsgList(SMS_LIST* pstList) {
 
 bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord* pstRecord, int iAlterMode,
                                  DWORD* pdwStatus) {
-  if (phMsg == nullptr || pstRecord == nullptr || (enMem != SMS_MEM_SM && enMem != SMS_MEM_ME)) {
-    return Refuse(pdwStatus);
-  }
-  const bool markRead = iAlterMode == UNREAD_SM_ALTER;
-  if (m_modem.IsAvailable() && m_modem.FindListed(enMem, *phMsg, markRead, *pstRecord)) {
-    if (pdwStatus != nullptr) {
-      *pdwStatus = 0;
+  return Carry(pdwStatus, [&] {
+    if (phMsg == nullptr || pstRecord == nullptr || (enMem != SMS_MEM_SM && enMem != SMS_MEM_ME)) {
+      return false;
     }
+    const bool markRead = iAlterMode == UNREAD_SM_ALTER;
+    if (m_modem.IsAvailable() && m_modem.FindListed(enMem, *phMsg, markRead, *pstRecord)) {
+      return Accept(pdwStatus);
+    }
+    const CModem::CMemoryHold hold(m_modem, enMem);
+    if (!hold.IsOk() || !ReadFromModem(*phMsg, *pstRecord, pdwStatus)) {
+      return false;
+    }
+    // Reading has marked the message read on the modem; that it was unread is remembered here.
+    m_modem.RememberRead(enMem, *phMsg, *pstRecord);
+    SMReadRecord again;
+    m_modem.FindListed(enMem, *phMsg, markRead, again);
     return true;
-  }
-  if (!ReadFromModem(enMem, *phMsg, *pstRecord, pdwStatus)) {
-    return false;
-  }
-  // Reading has marked the message read on the modem; that it was unread is remembered here.
-  m_modem.RememberListed(enMem, {{*phMsg, *pstRecord}});
-  SMReadRecord again;
-  m_modem.FindListed(enMem, *phMsg, markRead, again);
-  return true;
+  });
 }
 
-bool CMessageService::ReadFromModem(SMS_MEM enMem, MSG_HANDLE hMsg, SMReadRecord& record, DWORD* pdwStatus) {
-  const CModem::CMemoryHold hold(m_modem, enMem);
+bool CMessageService::ReadFromModem(MSG_HANDLE hMsg, SMReadRecord& record, DWORD* pdwStatus) {
   CAtCommand command("+CMGR=");
-  const AtReply reply =
-      hold.IsOk() ? m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGR:", kLimitMs) : AtReply();
+  const AtReply reply = m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGR:", kLimitMs);
   if (!Settle(reply, pdwStatus)) {
     return false;
   }
@@ -195,69 +236,78 @@ bool CMessageService::ReadFromModem(SMS_MEM enMem, MSG_HANDLE hMsg, SMReadRecord
 }
 
 bool CMessageService::SMSDeleteMsg(SMS_MEM enMem, MSG_HANDLE hMsg, DWORD* pdwStatus) {
-  if (hMsg == kNoMessage) {
-    return Refuse(pdwStatus, kInvalidIndex);
-  }
-  const CModem::CMemoryHold hold(m_modem, enMem);
-  CAtCommand command("+CMGD=");
-  const AtReply reply =
-      hold.IsOk() ? m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGD:", kStoreLimitMs) : AtReply();
-  if (reply.IsOk()) {
-    m_modem.ForgetListed(enMem, hMsg);
-  }
-  return Settle(reply, pdwStatus);
+  return Carry(pdwStatus, [&] {
+    if (hMsg == kNoMessage) {
+      return Refuse(pdwStatus, kInvalidIndex);
+    }
+    const CModem::CMemoryHold hold(m_modem, enMem);
+    CAtCommand command("+CMGD=");
+    const AtReply reply =
+        hold.IsOk() ? m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGD:", kStoreLimitMs) : AtReply();
+    if (reply.IsOk() || reply.code == static_cast<int>(kInvalidIndex)) {
+      m_modem.ForgetListed(enMem, hMsg);
+    }
+    return Settle(reply, pdwStatus);
+  });
 }
 
 bool CMessageService::SMSSaveMsg(SMS_MEM enMem, SMS_PARAM* pstParam, MSG_HANDLE* phMsg, DWORD* pdwStatus) {
-  if (pstParam == nullptr) {
-    return Refuse(pdwStatus);
-  }
-  const bool received = pstParam->enSMSStat == SMS_STAT_UNREAD || pstParam->enSMSStat == SMS_STAT_READ;
-  const SMS_STAT state = pstParam->enSMSStat == SMS_STAT_ALL ? SMS_STAT_UNSENT : pstParam->enSMSStat;
-  PduLine line;
-  const sms_pdu::PduError error = received ? MakeDeliver(*pstParam, line) : MakeSubmit(*pstParam, Config(), line);
-  const CModem::CMemoryHold hold(m_modem, enMem);
-  if (error != sms_pdu::PduError::None || !hold.IsOk()) {
-    return Refuse(pdwStatus);
-  }
-  CAtCommand command("+CMGW=");
-  command.Number(static_cast<long>(line.tpduOctets)).Number(state);
-  const AtReply reply = m_modem.ExecuteWithOctets(command, line.hex, "+CMGW:", kStoreLimitMs);
-  if (!Settle(reply, pdwStatus) || reply.lines.empty()) {
-    return false;
-  }
-  const std::vector<std::string> parameters = ParametersOf(reply.lines[0]);
-  const MSG_HANDLE index =
-      parameters.empty() ? kNoMessage : static_cast<MSG_HANDLE>(std::strtoul(parameters[0].c_str(), nullptr, 10));
-  m_modem.ForgetListed(enMem, index);
-  if (phMsg != nullptr) {
-    *phMsg = index;
-  }
-  return true;
+  return Carry(pdwStatus, [&] {
+    PduLine line;
+    if (pstParam == nullptr || !MakeStored(*pstParam, line)) {
+      return false;
+    }
+    const CModem::CMemoryHold hold(m_modem, enMem);
+    CAtCommand command("+CMGW=");
+    command.Number(static_cast<long>(line.tpduOctets));
+    command.Number(pstParam->enSMSStat == SMS_STAT_ALL ? SMS_STAT_UNSENT : pstParam->enSMSStat);
+    const AtReply reply =
+        hold.IsOk() ? m_modem.ExecuteWithOctets(command, line.hex, "+CMGW:", kStoreLimitMs) : AtReply();
+    if (!Settle(reply, pdwStatus)) {
+      return false;
+    }
+    const std::vector<std::string> parameters =
+        reply.lines.empty() ? std::vector<std::string>() : ParametersOf(reply.lines[0]);
+    MSG_HANDLE index = kNoMessage;
+    if (parameters.empty() || !NumberOf(parameters[0], index)) {
+      return Refuse(pdwStatus);
+    }
+    m_modem.ForgetListed(enMem, index);
+    if (phMsg != nullptr) {
+      *phMsg = index;
+    }
+    return true;
+  });
+}
+
+bool CMessageService::MakeStored(const SMS_PARAM& part, PduLine& line) const {
+  const bool received = part.enSMSStat == SMS_STAT_UNREAD || part.enSMSStat == SMS_STAT_READ;
+  return (received ? MakeDeliver(part, line) : MakeSubmit(part, Config(), line)) == sms_pdu::PduError::None;
 }
 
 bool CMessageService::SMSGetMemInfo(SMS_MEM enMem, DWORD* pdwTotal, DWORD* pdwUsed, DWORD* pdwStatus) {
-  if (enMem != SMS_MEM_SM && enMem != SMS_MEM_ME) {
-    return Refuse(pdwStatus);
-  }
-  const CModem::CMemoryHold hold(m_modem, enMem);
-  // "+CPMS?" tells name, used and total of the memory that is chosen first.
-  const AtReply reply = hold.IsOk() ? m_modem.Execute(CAtCommand("+CPMS?"), "+CPMS:", kLimitMs) : AtReply();
-  if (!Settle(reply, pdwStatus)) {
-    return false;
-  }
-  const std::vector<std::string> parameters =
-      reply.lines.empty() ? std::vector<std::string>() : ParametersOf(reply.lines[0]);
-  if (parameters.size() < 3) {
-    return Refuse(pdwStatus);
-  }
-  if (pdwUsed != nullptr) {
-    *pdwUsed = static_cast<DWORD>(std::strtoul(parameters[1].c_str(), nullptr, 10));
-  }
-  if (pdwTotal != nullptr) {
-    *pdwTotal = static_cast<DWORD>(std::strtoul(parameters[2].c_str(), nullptr, 10));
-  }
-  return true;
+  return Carry(pdwStatus, [&] {
+    const CModem::CMemoryHold hold(m_modem, enMem);
+    // "+CPMS?" tells name, used and total of the memory that is chosen first.
+    const AtReply reply = hold.IsOk() ? m_modem.Execute(CAtCommand("+CPMS?"), "+CPMS:", kLimitMs) : AtReply();
+    if (!Settle(reply, pdwStatus)) {
+      return false;
+    }
+    const std::vector<std::string> parameters =
+        reply.lines.empty() ? std::vector<std::string>() : ParametersOf(reply.lines[0]);
+    DWORD used = 0;
+    DWORD total = 0;
+    if (parameters.size() < 3 || !NumberOf(parameters[1], used) || !NumberOf(parameters[2], total)) {
+      return Refuse(pdwStatus);
+    }
+    if (pdwUsed != nullptr) {
+      *pdwUsed = used;
+    }
+    if (pdwTotal != nullptr) {
+      *pdwTotal = total;
+    }
+    return true;
+  });
 }
 
 int CMessageService::SMSGetAlterSupport(int /*iQuery*/, DWORD* pdwStatus) {
@@ -269,41 +319,42 @@ int CMessageService::SMSGetAlterSupport(int /*iQuery*/, DWORD* pdwStatus) {
 
 // --- cell broadcast (3GPP TS 27.005, 3.3.4) --------------------------------------------------------------------------
 
+/// The switch is whether pages are handed over at all; the list of channels stays what it is.
 bool CMessageService::CBSSetService(CBSStat enStat, DWORD* pdwStatus) {
-  // All channels off is "none but the empty list"; on is "the list as it was chosen".
-  CAtCommand command("+CSCB=");
-  command.Number(enStat == CBS_STAT_OPEN ? 0 : 1).Quoted("").Quoted("");
-  return Settle(m_modem.Execute(command, "+CSCB:", kLimitMs), pdwStatus);
+  return Carry(pdwStatus, [&] { return Settle(m_modem.SetBroadcasts(enStat == CBS_STAT_OPEN), pdwStatus); });
 }
 
 bool CMessageService::CBSGetDetail(CBSStat* penStat, CbsMidList* pMids, CbsDcsList* pDcss, DWORD* pdwStatus) {
-  const AtReply reply = m_modem.Execute(CAtCommand("+CSCB?"), "+CSCB:", kLimitMs);
-  if (!Settle(reply, pdwStatus) || reply.lines.empty()) {
-    return false;
-  }
-  const std::vector<std::string> parameters = ParametersOf(reply.lines[0]);
-  if (penStat != nullptr) {
-    *penStat = !parameters.empty() && parameters[0] == "0" ? CBS_STAT_OPEN : CBS_STAT_CLOSE;
-  }
-  if (pMids != nullptr) {
-    std::vector<CBS_MID> ranges;
-    const std::string list = parameters.size() > 1 ? parameters[1] : std::string();
-    for (std::size_t begin = 0; begin < list.size();) {
-      const std::size_t end = std::min(list.find(',', begin), list.size());
-      char* dash = nullptr;
-      const DWORD left = static_cast<DWORD>(std::strtoul(list.c_str() + begin, &dash, 10));
-      const DWORD right = *dash == '-' ? static_cast<DWORD>(std::strtoul(dash + 1, nullptr, 10)) : left;
-      ranges.push_back(CBS_MID{left, right});
-      begin = end + 1;
+  return Carry(pdwStatus, [&] {
+    const AtReply reply = m_modem.Execute(CAtCommand("+CSCB?"), "+CSCB:", kLimitMs);
+    if (!Settle(reply, pdwStatus)) {
+      return false;
     }
-    pMids->size = static_cast<DWORD>(ranges.size());
-    pMids->pCbsMids = new CBS_MID[ranges.size() + 1];
-    std::copy(ranges.begin(), ranges.end(), pMids->pCbsMids);
-  }
-  if (pDcss != nullptr) {
-    *pDcss = CbsDcsList();
-  }
-  return true;
+    const std::vector<std::string> parameters =
+        reply.lines.empty() ? std::vector<std::string>() : ParametersOf(reply.lines[0]);
+    // mode 1 lists what is not wanted
+    const bool chosen = parameters.size() > 1 && parameters[0] == "0";
+    const std::vector<CBS_MID> channels = chosen ? RangesOf(parameters[1]) : std::vector<CBS_MID>();
+    std::vector<CMS_DCS> codings;
+    for (const CBS_MID& range : chosen&& parameters.size() > 2 ? RangesOf(parameters[2]) : std::vector<CBS_MID>()) {
+      for (DWORD coding = range.dwLeft; coding <= std::min<DWORD>(range.dwRight, 0xFF); ++coding) {
+        codings.push_back(coding);
+      }
+    }
+    if (penStat != nullptr) {
+      *penStat = m_modem.Facts().indications[2] != 0 ? CBS_STAT_OPEN : CBS_STAT_CLOSE;
+    }
+    if (pMids != nullptr) {
+      pMids->pCbsMids = ArrayOf(channels);
+      pMids->size = static_cast<DWORD>(channels.size());
+    }
+    if (pDcss != nullptr) {
+      *pDcss = CbsDcsList();
+      pDcss->pCbsDcss = ArrayOf(codings);
+      pDcss->size = static_cast<DWORD>(codings.size());
+    }
+    return true;
+  });
 }
 
 bool CMessageService::CBSReleaseDetail(CbsMidList* pMids, CbsDcsList* pDcss, DWORD* pdwStatus) {
@@ -329,13 +380,16 @@ bool CMessageService::CBSRemoveChannel(const char* pszChannels, DWORD* pdwStatus
   return SelectChannels(false, pszChannels, "", pdwStatus);
 }
 
+/// Mode 0 adds to the list, mode 1 takes away. An empty list would mean all of them, so it is refused.
 bool CMessageService::SelectChannels(bool bAdd, const char* pszChannels, const char* pszCodings, DWORD* pdwStatus) {
-  if (pszChannels == nullptr || pszCodings == nullptr) {
-    return Refuse(pdwStatus);
-  }
-  CAtCommand command("+CSCB=");
-  command.Number(bAdd ? 0 : 1).Quoted(pszChannels).Quoted(pszCodings);
-  return Settle(m_modem.Execute(command, "+CSCB:", kLimitMs), pdwStatus);
+  return Carry(pdwStatus, [&] {
+    if (pszChannels == nullptr || pszCodings == nullptr || RangesOf(pszChannels).empty()) {
+      return false;
+    }
+    CAtCommand command("+CSCB=");
+    command.Number(bAdd ? 0 : 1).Quoted(pszChannels).Quoted(pszCodings);
+    return Settle(m_modem.Execute(command, "+CSCB:", kLimitMs), pdwStatus);
+  });
 }
 
 }  // namespace modem

@@ -37,7 +37,9 @@ public:
 
 private:
   WMSConfigurationType Config() const;
-  bool ReadFromModem(SMS_MEM enMem, MSG_HANDLE hMsg, SMReadRecord& record, DWORD* pdwStatus);
+  bool SetCentre(const std::string& centre, DWORD* pdwStatus);
+  bool ReadFromModem(MSG_HANDLE hMsg, SMReadRecord& record, DWORD* pdwStatus);
+  bool MakeStored(const SMS_PARAM& part, PduLine& line) const;
   bool SelectChannels(bool bAdd, const char* pszChannels, const char* pszCodings, DWORD* pdwStatus);
 
   CModem& m_modem;

@@ -1,20 +1,23 @@
 #include "Modem.h"
 
+#include "Guarded.h"
 #include "ModemStart.h"
 #include "platform/TraceSrv.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <tuple>
 
 namespace modem {
 
 namespace {
 
-const unsigned int kSendLimitMs = 60000;  // less than the 70 seconds that the service waits for a verdict
+// With the prompt's limit and a way back into step before it less than the 70 seconds that the service waits.
+const unsigned int kSendLimitMs = 55000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kRetryMs = 1000;
-const DWORD kAccepted = 0;
-const DWORD kUnknownError = 500;  // 3GPP TS 27.005, 3.2.5
+const char kNoThread[] = "the system refuses another thread. End some programs and try again.";
 
 SMS_MEM MemoryOf(const std::string& name) {
   return name == "SM" ? SMS_MEM_SM : name == "ME" ? SMS_MEM_ME : SMS_MEM_UNKNOW;
@@ -23,6 +26,17 @@ SMS_MEM MemoryOf(const std::string& name) {
 const char* NameOf(SMS_MEM enMem) { return enMem == SMS_MEM_SM ? "SM" : "ME"; }
 
 bool StartsWith(const std::string& line, const char* prefix) { return line.rfind(prefix, 0) == 0; }
+
+auto FieldsOf(const UTTime& time) {
+  return std::tie(time.wYear, time.btMonth, time.btDay, time.btHour, time.btMinute, time.btSecond);
+}
+
+bool IsSameMessage(const SMReadRecord& left, const SMReadRecord& right) {
+  return left.dwLength == right.dwLength && left.enType == right.enType &&
+         std::equal(left.wszContent, left.wszContent + left.dwLength, right.wszContent) &&
+         std::strcmp(left.szAddress, right.szAddress) == 0 && FieldsOf(left.stTime) == FieldsOf(right.stTime) &&
+         std::memcmp(&left.stLongSMS_info, &right.stLongSMS_info, sizeof left.stLongSMS_info) == 0;
+}
 
 void TraceFault(const std::string& text) { TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", text.c_str()); }
 
@@ -44,20 +58,29 @@ CModem::CModem(const StreamOpener& open) : m_open(open) { m_hWork.Init(false, fa
 CModem::~CModem() { Stop(); }
 
 bool CModem::Start(std::string& error) {
-  m_bStop = false;
-  m_events.Begin();
-  if (!Connect(error)) {
-    Stop();
-    return false;
+  if (m_pWorker) {
+    return true;
   }
-  m_pWorker = std::make_unique<CWorker>([this] { Work(); });
-  m_pWorker->Start();
-  return true;
+  m_bStop = false;
+  if (!m_events.Begin()) {
+    error = kNoThread;
+  } else if (Connect(error)) {
+    m_pWorker = std::make_unique<CWorker>([this] { Work(); });
+    if (m_pWorker->Start() == 0) {
+      return true;
+    }
+    error = kNoThread;
+  }
+  Stop();
+  return false;
 }
 
 void CModem::Stop() {
-  m_bStop = true;
-  m_bAvailable = false;
+  {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_bStop = true;
+    m_bAvailable = false;
+  }
   if (const auto connection = CurrentConnection()) {
     connection->pStream->Close();
   }
@@ -94,58 +117,79 @@ bool CModem::Connect(std::string& error) {
   }
   const auto handler = [this](const std::string& line, const std::string& data) { OnUnsolicited(line, data); };
   const auto connection = std::make_shared<Connection>(std::move(stream), handler);
-  {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_pConnection = connection;
-  }
-  m_pReader = std::make_unique<CWorker>([this] { ReadLine(); });
-  m_pReader->Start();
-  ModemFacts facts;
-  if (!StartModem(connection->dialogue, facts, error)) {
-    connection->pStream->Close();
-    m_pReader.reset();
+  if (!Install(connection)) {
     return false;
   }
-  {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_facts = facts;
+  m_pReader = std::make_unique<CWorker>([this, connection] { ReadLine(*connection); });
+  ModemFacts facts;
+  if (m_pReader->Start() != 0) {
+    error = kNoThread;
+  } else if (StartModem(connection->dialogue, m_bBroadcasts, facts, error)) {
+    if (TakeIntoUse(*connection, facts)) {
+      return true;
+    }
+    error = "went away while it was started. Plug the modem in again.";
   }
+  connection->pStream->Close();
+  m_pReader.reset();
+  return false;
+}
+
+/// @return false: stopped in the meantime, and nobody would close it.
+bool CModem::Install(const std::shared_ptr<Connection>& connection) {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  m_pConnection = connection;
+  m_toldNetwork.reset();
+  return !m_bStop;
+}
+
+/// @return false: the line is gone already.
+bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
   {
-    const std::lock_guard<std::mutex> guard(m_memoryLock);
+    const CTurn turn(m_memory);
     m_enChosen = SMS_MEM_UNKNOW;
-  }
-  m_bAvailable = true;
-  return true;
-}
-
-void CModem::ReadLine() {
-  const auto connection = CurrentConnection();
-  std::string bytes;
-  while (connection->pStream->Read(bytes)) {
-    connection->dialogue.Feed(bytes);
-    bytes.clear();
-  }
-  connection->dialogue.LineGone();
-  OnLost();
-}
-
-void CModem::OnLost() {
-  if (!m_bAvailable.exchange(false)) {
-    return;
-  }
-  TraceFault("the modem is gone");
-  {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_facts.sim = SIM_STATE_NONE;
-    m_facts.pin = DevDataDef::PIN_UNKNOWN;
-    m_facts.network = SYS_SRV_STATUS_NONE;
-  }
-  {
     const std::lock_guard<std::mutex> guard(m_cacheLock);
     m_listed[SMS_MEM_SM].clear();
     m_listed[SMS_MEM_ME].clear();
   }
-  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE);
+  const std::lock_guard<std::mutex> guard(m_lock);
+  if (connection.bGone || m_bStop) {
+    return false;
+  }
+  m_facts = facts;
+  m_facts.network = m_toldNetwork.value_or(facts.network);  // what was told came later
+  m_bAvailable = true;
+  return true;
+}
+
+void CModem::ReadLine(Connection& connection) {
+  Guarded([&] {
+    std::string bytes;
+    while (connection.pStream->Read(bytes)) {
+      connection.dialogue.Feed(bytes);
+      bytes.clear();
+    }
+  });
+  connection.pStream->Close();
+  connection.dialogue.LineGone();
+  OnLost(connection);
+}
+
+void CModem::OnLost(Connection& connection) {
+  {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    connection.bGone = true;
+    if (!m_bAvailable.exchange(false)) {
+      return;
+    }
+    m_facts.sim = SIM_STATE_NONE;
+    m_facts.pin = DevDataDef::PIN_UNKNOWN;
+    m_facts.network = SYS_SRV_STATUS_NONE;
+  }
+  Guarded([&] {
+    TraceFault("the modem is gone");
+    m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE);
+  });
   m_hWork.SetEvent();
 }
 
@@ -162,6 +206,19 @@ AtReply CModem::ExecuteWithOctets(const CAtCommand& command, const std::string& 
   AtReply gone;
   gone.final = AtReply::Final::kLineGone;
   return connection && m_bAvailable ? connection->dialogue.ExecuteWithOctets(command, octets, prefix, limitMs) : gone;
+}
+
+AtReply CModem::SetBroadcasts(bool bOn) {
+  const std::size_t kPages = 2;
+  std::array<int, 5> indications = Facts().indications;
+  indications[kPages] = bOn ? 2 : 0;
+  const AtReply reply = Execute(IndicationsCommand(indications), "+CNMI:", kLimitMs);
+  if (reply.IsOk()) {
+    m_bBroadcasts = bOn;
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_facts.indications = indications;
+  }
+  return reply;
 }
 
 // --- the queue -------------------------------------------------------------------------------------------------------
@@ -187,44 +244,67 @@ bool CModem::QueueSend(const PduLine& line) {
 }
 
 void CModem::FailQueued() {
-  std::deque<PduLine> sends;
+  std::size_t count = 0;
   {
     const std::lock_guard<std::mutex> guard(m_lock);
-    sends.swap(m_sends);
+    count = m_sends.size();
+    m_sends.clear();
   }
-  for (std::size_t part = 0; part < sends.size(); ++part) {
-    m_events.Raise(CEventRaiser::Source::kMessages, WMS_MO_SMS_STATUS, kUnknownError);
+  for (std::size_t part = 0; part < count; ++part) {
+    RaiseVerdict(AtReply().Status());
+  }
+}
+
+/// Somebody waits for it: it is not given up when memory is short.
+void CModem::RaiseVerdict(DWORD dwStatus) {
+  const unsigned int kPauseMs = 100;
+  while (!Guarded([&] {
+    m_events.Raise(CEventRaiser::Source::kMessages, WMS_MO_SMS_STATUS, dwStatus);
+    return true;
+  })) {
+    m_hWork.WaitForSingleObject(kPauseMs);
   }
 }
 
 void CModem::Work() {
   while (!m_bStop) {
-    if (!m_bAvailable && !Reconnect()) {
-      m_hWork.WaitForSingleObject(kRetryMs);
-      continue;
-    }
-    std::function<void()> task;
-    PduLine line;
-    bool send = false;
-    {
-      const std::lock_guard<std::mutex> guard(m_lock);
-      if (!m_tasks.empty()) {
-        task = m_tasks.front();
-        m_tasks.pop_front();
-      } else if (!m_sends.empty()) {
-        line = m_sends.front();
-        m_sends.pop_front();
-        send = true;
-      }
-    }
-    if (task) {
-      task();
-    } else if (send) {
-      SendOne(line);
-    } else {
-      m_hWork.WaitForSingleObject(0);
+    switch (Guarded([this] { return WorkOnce(); })) {
+      case Next::kGoOn:
+        break;
+      case Next::kAwaitWork:
+        m_hWork.WaitForSingleObject(0);
+        break;
+      case Next::kRetryLater:  // after an exception too
+        m_hWork.WaitForSingleObject(kRetryMs);
+        break;
     }
   }
+}
+
+CModem::Next CModem::WorkOnce() {
+  if (!m_bAvailable) {
+    return Reconnect() ? Next::kGoOn : Next::kRetryLater;
+  }
+  std::function<void()> task;
+  PduLine line;
+  {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    if (!m_tasks.empty()) {
+      task.swap(m_tasks.front());
+      m_tasks.pop_front();
+    } else if (!m_sends.empty()) {
+      std::swap(line, m_sends.front());
+      m_sends.pop_front();
+    } else {
+      return Next::kAwaitWork;
+    }
+  }
+  if (task) {
+    task();
+  } else {
+    SendOne(line);
+  }
+  return Next::kGoOn;
 }
 
 /// @return false: the modem is not back yet.
@@ -250,16 +330,25 @@ void CModem::AnnounceState() {
 }
 
 void CModem::SendOne(const PduLine& line) {
-  CAtCommand command("+CMGS=");
-  command.Number(static_cast<long>(line.tpduOctets));
-  const AtReply reply = ExecuteWithOctets(command, line.hex, "+CMGS:", kSendLimitMs);
-  DWORD verdict = kAccepted;
+  const AtReply reply = Guarded([&] {
+    CAtCommand command("+CMGS=");
+    command.Number(static_cast<long>(line.tpduOctets));
+    return ExecuteWithOctets(command, line.hex, "+CMGS:", kSendLimitMs);
+  });
+  RaiseVerdict(reply.Status());
   if (!reply.IsOk()) {
-    const bool coded = reply.final == AtReply::Final::kCmsError || reply.final == AtReply::Final::kCmeError;
-    verdict = coded && reply.code > 0 ? static_cast<DWORD>(reply.code) : kUnknownError;
-    TraceFault("a message was not sent, error " + std::to_string(verdict));
+    TraceFault("a message was not sent, error " + std::to_string(reply.Status()));
   }
-  m_events.Raise(CEventRaiser::Source::kMessages, WMS_MO_SMS_STATUS, verdict);
+}
+
+/// A card that was locked has been opened: much was refused at the start.
+void CModem::AskAgain() {
+  const auto connection = CurrentConnection();
+  ModemFacts facts;
+  std::string error;
+  if (connection && StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {
+    AnnounceState();
+  }
 }
 
 // --- unsolicited lines; on the reader's thread -----------------------------------------------------------------------
@@ -269,23 +358,53 @@ void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
     OnStored(line);
   } else if (StartsWith(line, "+CMT:") || StartsWith(line, "+CDS:")) {
     OnDirectMessage(data);
+  } else if (StartsWith(line, "+CBM:")) {
+    OnPage(data);
   } else if (StartsWith(line, "+CREG:")) {
     OnRegistration(line);
+  } else if (StartsWith(line, "+CPIN:")) {
+    OnSim(line);
   }
 }
 
 void CModem::OnStored(const std::string& line) {
   const std::vector<std::string> parameters = ParametersOf(line);
   const SMS_MEM memory = parameters.size() < 2 ? SMS_MEM_UNKNOW : MemoryOf(parameters[0]);
-  if (memory == SMS_MEM_UNKNOW) {
-    TraceFault("a notice about a memory that is not known: " + line);
-    return;
-  }
   SNewSmsNotifyType notice;
   notice.enMem = memory;
-  notice.hMsg = static_cast<MSG_HANDLE>(std::strtoul(parameters[1].c_str(), nullptr, 10));
+  if (memory == SMS_MEM_UNKNOW || !NumberOf(parameters[1], notice.hMsg)) {
+    TraceFault("a notice about a message that cannot be found: " + line);
+    return;
+  }
   ForgetListed(memory, notice.hMsg);
   m_events.Raise(CEventRaiser::Source::kMessages, WMS_RECEIVE_SMS_NOTIFY, notice);
+}
+
+void CModem::OnPage(const std::string& data) {
+  CBSMessage page;
+  if (ReadPage(data, page)) {
+    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, page);
+  } else {
+    TraceFault("a damaged broadcast page");
+  }
+}
+
+void CModem::OnSim(const std::string& line) {
+  const std::vector<std::string> parameters = ParametersOf(line);
+  ModemFacts told;
+  ReadSimState(parameters.empty() ? std::string() : parameters[0], told);
+  {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    if (!m_bAvailable || (m_facts.sim == told.sim && m_facts.pin == told.pin)) {
+      return;
+    }
+    m_facts.sim = told.sim;
+    m_facts.pin = told.pin;
+  }
+  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_SIM_STATE, static_cast<DWORD>(told.sim));
+  if (told.sim == SIM_STATE_AVAILABLE) {
+    Queue([this] { AskAgain(); });
+  }
 }
 
 /// The network is told that the message has arrived only when the service has it.
@@ -306,6 +425,7 @@ void CModem::OnRegistration(const std::string& line) {
   const SysSrvStatus status = RegistrationOf(line);
   {
     const std::lock_guard<std::mutex> guard(m_lock);
+    m_toldNetwork = status;
     if (m_facts.network == status) {
       return;
     }
@@ -316,26 +436,44 @@ void CModem::OnRegistration(const std::string& line) {
 
 // --- memories --------------------------------------------------------------------------------------------------------
 
-CModem::CMemoryHold::CMemoryHold(CModem& modem, SMS_MEM enMem) : m_hold(modem.m_memoryLock), m_bOk(false) {
-  if (enMem != SMS_MEM_SM && enMem != SMS_MEM_ME) {
-    return;
+CModem::CMemoryHold::CMemoryHold(CModem& modem, SMS_MEM enMem)
+    : m_hold(modem.m_memory), m_bOk((enMem == SMS_MEM_SM || enMem == SMS_MEM_ME) && Choose(modem, enMem)) {}
+
+bool CModem::CMemoryHold::Choose(CModem& modem, SMS_MEM enMem) {
+  if (modem.m_enChosen == enMem) {
+    return true;
   }
-  if (modem.m_enChosen != enMem) {
-    CAtCommand command("+CPMS=");
-    command.Quoted(NameOf(enMem)).Quoted(NameOf(enMem));
+  const char* const name = NameOf(enMem);
+  CAtCommand command("+CPMS=");
+  command.Quoted(name).Quoted(name);
+  if (!modem.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
+    // some insist on the memory for new messages too; it stays what it is
+    const std::string received = modem.Facts().received;
+    command.Quoted(received.empty() ? name : received);
     if (!modem.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
-      return;
+      return false;
     }
-    modem.m_enChosen = enMem;
   }
-  m_bOk = true;
+  modem.m_enChosen = enMem;
+  return true;
 }
 
-void CModem::RememberListed(SMS_MEM enMem, const MessageCache& messages) {
+/// Being listed has made unread messages read on the modem, not here.
+void CModem::RememberListing(SMS_MEM enMem, const MessageCache& messages) {
+  MessageCache fresh = messages;
   const std::lock_guard<std::mutex> guard(m_cacheLock);
-  for (const auto& message : messages) {
-    m_listed[enMem].emplace(message);  // an entry that is there knows the state from before the first listing
+  for (auto& message : fresh) {
+    const auto known = m_listed[enMem].find(message.first);
+    if (known != m_listed[enMem].end() && IsSameMessage(known->second, message.second)) {
+      message.second.enSMStat = known->second.enSMStat;
+    }
   }
+  m_listed[enMem].swap(fresh);
+}
+
+void CModem::RememberRead(SMS_MEM enMem, MSG_HANDLE hMsg, const SMReadRecord& record) {
+  const std::lock_guard<std::mutex> guard(m_cacheLock);
+  m_listed[enMem].emplace(hMsg, record);
 }
 
 bool CModem::FindListed(SMS_MEM enMem, MSG_HANDLE hMsg, bool bMarkRead, SMReadRecord& record) {

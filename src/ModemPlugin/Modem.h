@@ -9,12 +9,14 @@
 #include "services/IDeviceService.h"
 #include "services/INetSrv.h"
 
+#include <array>
 #include <atomic>
 #include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,9 +24,11 @@ namespace modem {
 
 /// What the modem told of itself at its start, kept up to date by what it tells later.
 struct ModemFacts {
-  std::string model;              // maker and model, for messages
-  std::vector<SMS_MEM> memories;  // that messages can be read from
-  bool acknowledges = false;      // direct messages wait for AT+CNMA (3GPP TS 27.005, 3.4.4)
+  std::string model;                    // maker and model, for messages
+  std::vector<SMS_MEM> memories;        // that messages can be read from
+  std::string received;                 // name of the memory that new messages go to
+  std::array<int, 5> indications = {};  // of AT+CNMI, as they are in force
+  bool acknowledges = false;            // direct messages wait for AT+CNMA (3GPP TS 27.005, 3.4.4)
   SimState sim = SIM_STATE_NONE;
   DevDataDef::PinStatus pin = DevDataDef::PIN_UNKNOWN;
   SysSrvStatus network = SYS_SRV_STATUS_NONE;
@@ -36,7 +40,7 @@ struct ModemFacts {
 typedef std::function<std::unique_ptr<IByteStream>(std::string& error)> StreamOpener;
 
 /// Life:    Start, use, Stop; may be started again. While the line is lost, commands fail at once and the line is tried
-///          again once a second; what was queued for sending gets a failed verdict.
+///          again once a second; what was queued for sending gets a failed verdict. Stop ends every command under way.
 /// Threads: Start and Stop on one thread, everything else on any. Threads of its own: one reads the line, one works off
 ///          the queue, one raises events.
 class CModem {
@@ -69,16 +73,22 @@ public:
     bool IsOk() const { return m_bOk; }
 
   private:
-    const std::unique_lock<std::mutex> m_hold;
-    bool m_bOk;
+    bool Choose(CModem& modem, SMS_MEM enMem);
+
+    const CTurn m_hold;
+    const bool m_bOk;
   };
 
   /// Messages as they were listed, by index: listing changes their state on the modem, not here.
   typedef std::map<MSG_HANDLE, SMReadRecord> MessageCache;
-  void RememberListed(SMS_MEM enMem, const MessageCache& messages);
+  /// The memory holds these and no others; under its hold, as the next.
+  void RememberListing(SMS_MEM enMem, const MessageCache& messages);
+  void RememberRead(SMS_MEM enMem, MSG_HANDLE hMsg, const SMReadRecord& record);
   bool FindListed(SMS_MEM enMem, MSG_HANDLE hMsg, bool bMarkRead, SMReadRecord& record);
   void ForgetListed(SMS_MEM enMem, MSG_HANDLE hMsg);
   void SetServiceCentre(const std::string& number);
+  /// Asks for broadcast pages, or for none, now and whenever the modem is started.
+  AtReply SetBroadcasts(bool bOn);
 
 private:
   /// A thread that runs one function of the modem.
@@ -96,19 +106,28 @@ private:
         : pStream(std::move(stream)), dialogue(*pStream, handler) {}
     std::unique_ptr<IByteStream> pStream;
     CAtDialogue dialogue;
+    bool bGone = false;  // guarded by m_lock of the modem
   };
+  enum class Next { kRetryLater, kGoOn, kAwaitWork };
 
   bool Connect(std::string& error);
-  void ReadLine();
+  bool Install(const std::shared_ptr<Connection>& connection);
+  bool TakeIntoUse(Connection& connection, const ModemFacts& facts);
+  void ReadLine(Connection& connection);
   void Work();
+  Next WorkOnce();
+  void AskAgain();
   bool Reconnect();
   void SendOne(const PduLine& line);
   void FailQueued();
-  void OnLost();
+  void RaiseVerdict(DWORD dwStatus);
+  void OnLost(Connection& connection);
   void OnUnsolicited(const std::string& line, const std::string& data);
   void OnDirectMessage(const std::string& data);
   void OnRegistration(const std::string& line);
   void OnStored(const std::string& line);
+  void OnPage(const std::string& data);
+  void OnSim(const std::string& line);
   void Acknowledge();
   void Queue(const std::function<void()>& task);
   void AnnounceState();
@@ -116,17 +135,19 @@ private:
 
   const StreamOpener m_open;
   CEventRaiser m_events;
-  std::atomic<bool> m_bAvailable{false};
-  std::atomic<bool> m_bStop{false};
+  std::atomic<bool> m_bAvailable{false};  // this and the next are changed under m_lock
+  std::atomic<bool> m_bStop{true};
+  std::atomic<bool> m_bBroadcasts{true};
   JEvent m_hWork;  // something is queued, the line is lost, or the end has come
 
-  mutable std::mutex m_lock;  // the next four
+  mutable std::mutex m_lock;  // the next five
   std::shared_ptr<Connection> m_pConnection;
   ModemFacts m_facts;
+  std::optional<SysSrvStatus> m_toldNetwork;  // since the line was opened, by the modem itself
   std::deque<std::function<void()>> m_tasks;
   std::deque<PduLine> m_sends;
 
-  std::mutex m_memoryLock;  // the chosen memory and commands about it
+  CTurnstile m_memory;  // the chosen memory and commands about it
   SMS_MEM m_enChosen = SMS_MEM_UNKNOW;
   std::mutex m_cacheLock;
   MessageCache m_listed[2];

@@ -1,9 +1,8 @@
 #include "ModemPlugin.h"
 
+#include "Guarded.h"
 #include "SerialPort.h"
 #include "platform/GlobalFunction.h"
-
-#include <cxxabi.h>
 
 namespace modem {
 
@@ -41,13 +40,16 @@ CModemPlugin::~CModemPlugin() noexcept = default;
 
 bool CModemPlugin::Init() {
   m_strError.clear();
-  if (m_modem.Start(m_strError)) {
-    return true;
-  }
-  if (m_strError.rfind("does not", 0) == 0) {
-    m_strError = ConfiguredDevice() + " " + m_strError;
-  }
-  return false;
+  return Guarded([this] {
+    if (m_modem.Start(m_strError)) {
+      return true;
+    }
+    const std::string path = ConfiguredDevice();
+    if (m_strError.find(path) == std::string::npos) {
+      m_strError = path + " " + m_strError;  // what the modem did or did not do
+    }
+    return false;
+  });
 }
 
 bool CModemPlugin::QueryInterface(int iInterface, IBaseInterface** ppOut) {
@@ -93,16 +95,12 @@ const char* CModemPlugin::GetFurtherCLSID(int iIndex) {
 }  // namespace modem
 
 extern "C" __attribute__((visibility("default"))) IBasePlugin* CreatePlugin() {
-  try {
+  return modem::Guarded([]() -> IBasePlugin* {
     if (modem::g_pPlugin == nullptr) {
       modem::g_pPlugin = new modem::CModemPlugin;
     }
     return modem::g_pPlugin;
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {
-    return nullptr;
-  }
+  });
 }
 
 extern "C" __attribute__((visibility("default"))) void ReleasePlugin() {

@@ -1,7 +1,9 @@
 #include "ModemStart.h"
 
+#include "platform/TraceSrv.h"
+
 #include <algorithm>
-#include <cstdlib>
+#include <charconv>
 
 namespace modem {
 
@@ -10,11 +12,12 @@ namespace {
 const unsigned int kProbeLimitMs = 1000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kSlowLimitMs = 20000;
-const int kProbes = 5;
+const int kProbes = 3;  // what stood in its buffer may spoil the first
 
+const std::size_t kPages = 2;
 // Best first: stored messages are indicated, pages and reports come directly; modems refuse what they cannot.
-const char* const kIndications[] = {"+CNMI=2,1,2,1,0", "+CNMI=2,1,2,2,0", "+CNMI=2,1,0,1,0", "+CNMI=2,1,0,2,0",
-                                    "+CNMI=1,1,0,1,0", "+CNMI=2,1,0,0,0", "+CNMI=1,1,0,0,0", "+CNMI=3,1,0,0,0"};
+const std::array<int, 5> kIndications[] = {{2, 1, 2, 1, 0}, {2, 1, 2, 2, 0}, {2, 1, 0, 1, 0}, {2, 1, 0, 2, 0},
+                                           {1, 1, 0, 1, 0}, {2, 1, 0, 0, 0}, {1, 1, 0, 0, 0}, {3, 1, 0, 0, 0}};
 
 AtReply Ask(CAtDialogue& dialogue, const char* command, const char* prefix, unsigned int limitMs = kLimitMs) {
   return dialogue.Execute(CAtCommand(command), prefix, limitMs);
@@ -45,18 +48,24 @@ bool Probe(CAtDialogue& dialogue) {
 void AskSim(CAtDialogue& dialogue, ModemFacts& facts) {
   const int kNotInserted = 10;  // 3GPP TS 27.007, 9.2.1
   const AtReply reply = Ask(dialogue, "+CPIN?", "+CPIN:", kSlowLimitMs);
-  const std::string state = Parameter(reply, 0);
-  facts.sim = SIM_STATE_INVALID;
-  facts.pin = DevDataDef::PIN_UNKNOWN;
-  if (state == "READY") {
-    facts.sim = SIM_STATE_AVAILABLE;
-    facts.pin = DevDataDef::PIN_READY;
-  } else if (state == "SIM PIN" || state == "SIM PIN2") {
-    facts.pin = DevDataDef::PIN_ENABLED_NOT_VERIFIED;
-  } else if (state == "SIM PUK" || state == "SIM PUK2") {
-    facts.pin = DevDataDef::PIN_BLOCKED;
-  } else if (reply.final == AtReply::Final::kCmeError && reply.code == kNotInserted) {
+  ReadSimState(Parameter(reply, 0), facts);
+  if (reply.final == AtReply::Final::kCmeError && reply.code == kNotInserted) {
     facts.sim = SIM_STATE_NONE;
+  }
+}
+
+/// New messages go to a memory that can be named when they are read: "MT" stands for two of them.
+void AskReceivedMemory(CAtDialogue& dialogue, ModemFacts& facts) {
+  const std::size_t kThirdMemory = 6;
+  facts.received = Parameter(Ask(dialogue, "+CPMS?", "+CPMS:"), kThirdMemory);
+  if (facts.received == "SM" || facts.received == "ME" || facts.memories.empty()) {
+    return;
+  }
+  const char* const name = facts.memories[0] == SMS_MEM_SM ? "SM" : "ME";
+  CAtCommand command("+CPMS=");
+  command.Quoted(name).Quoted(name).Quoted(name);
+  if (dialogue.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
+    facts.received = name;
   }
 }
 
@@ -82,23 +91,62 @@ void AskNetwork(CAtDialogue& dialogue, ModemFacts& facts) {
   facts.operatorCode = Parameter(Ask(dialogue, "+COPS?", "+COPS:", kSlowLimitMs), 2);
 }
 
-bool PrepareMessages(CAtDialogue& dialogue, ModemFacts& facts, std::string& error) {
+void ChooseIndications(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts) {
+  for (const std::array<int, 5>& indications : kIndications) {
+    const bool wanted = bBroadcasts || indications[kPages] == 0;
+    if (wanted && dialogue.Execute(IndicationsCommand(indications), "+CNMI:", kLimitMs).IsOk()) {
+      facts.indications = indications;
+      return;
+    }
+  }
+  TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", "the modem does not indicate new messages");
+}
+
+bool PrepareMessages(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error) {
   if (!Ask(dialogue, "+CMGF=0", "+CMGF:").IsOk()) {
-    error = "the modem refuses messages in PDU mode (AT+CMGF=0). Use a modem with 3GPP short messages.";
+    error =
+        "refuses messages in PDU mode (AT+CMGF=0). Use a modem with 3GPP short messages, or choose another port with "
+        "--device.";
     return false;
   }
   facts.acknowledges = Ask(dialogue, "+CSMS=1", "+CSMS:").IsOk();
   AskMemories(dialogue, facts);
+  AskReceivedMemory(dialogue, facts);
   facts.serviceCentre = Parameter(Ask(dialogue, "+CSCA?", "+CSCA:"), 0);
-  for (const char* indication : kIndications) {
-    if (Ask(dialogue, indication, "+CNMI:").IsOk()) {
-      break;
-    }
-  }
+  ChooseIndications(dialogue, bBroadcasts, facts);
   return true;
 }
 
 }  // namespace
+
+CAtCommand IndicationsCommand(const std::array<int, 5>& indications) {
+  CAtCommand command("+CNMI=");
+  for (const int value : indications) {
+    command.Number(value);
+  }
+  return command;
+}
+
+void ReadSimState(const std::string& state, ModemFacts& facts) {
+  facts.sim = SIM_STATE_INVALID;
+  facts.pin = DevDataDef::PIN_UNKNOWN;
+  if (state == "READY") {
+    facts.sim = SIM_STATE_AVAILABLE;
+    facts.pin = DevDataDef::PIN_READY;
+  } else if (state == "SIM PIN" || state == "SIM PIN2") {
+    facts.pin = DevDataDef::PIN_ENABLED_NOT_VERIFIED;
+  } else if (state == "SIM PUK" || state == "SIM PUK2") {
+    facts.pin = DevDataDef::PIN_BLOCKED;
+  } else if (state == "NOT INSERTED" || state == "SIM REMOVED" || state == "NOT READY") {
+    facts.sim = SIM_STATE_NONE;
+  }
+}
+
+bool NumberOf(const std::string& parameter, DWORD& number) {
+  const char* const end = parameter.data() + parameter.size();
+  const auto [stop, error] = std::from_chars(parameter.data(), end, number);
+  return error == std::errc() && stop == end;
+}
 
 std::vector<std::string> ParametersOf(const std::string& line) {
   std::vector<std::string> parameters;
@@ -126,8 +174,8 @@ std::vector<std::string> ParametersOf(const std::string& line) {
 
 SysSrvStatus RegistrationOf(const std::string& line) {
   const std::vector<std::string> parameters = ParametersOf(line);
-  const int state = parameters.empty() ? 0 : std::atoi(parameters[0].c_str());
-  switch (state) {
+  DWORD state = 0;
+  switch (!parameters.empty() && NumberOf(parameters[0], state) ? state : 0) {
     case 1:  // home network
     case 5:  // roaming
     case 6:  // the same for messages only
@@ -141,7 +189,7 @@ SysSrvStatus RegistrationOf(const std::string& line) {
   }
 }
 
-bool StartModem(CAtDialogue& dialogue, ModemFacts& facts, std::string& error) {
+bool StartModem(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error) {
   if (!Probe(dialogue)) {
     error =
         "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
@@ -149,9 +197,10 @@ bool StartModem(CAtDialogue& dialogue, ModemFacts& facts, std::string& error) {
   }
   Ask(dialogue, "E0", nullptr);
   Ask(dialogue, "+CMEE=1", "+CMEE:");
-  facts.model = FirstLine(Ask(dialogue, "+CGMI", nullptr)) + " " + FirstLine(Ask(dialogue, "+CGMM", nullptr));
+  facts.model = FirstLine(Ask(dialogue, "+CGMI", nullptr));
+  facts.model += " " + FirstLine(Ask(dialogue, "+CGMM", nullptr));
   AskSim(dialogue, facts);
-  if (!PrepareMessages(dialogue, facts, error)) {
+  if (!PrepareMessages(dialogue, bBroadcasts, facts, error)) {
     return false;
   }
   AskNetwork(dialogue, facts);

@@ -9,13 +9,23 @@
 namespace modem {
 
 /// Puts the modem into PDU mode with the best indications it accepts, and asks for its facts.
-/// @param error  out: why the modem cannot be used, when the result is false.
-bool StartModem(CAtDialogue& dialogue, ModemFacts& facts, std::string& error);
+/// @param bBroadcasts  ask for broadcast pages too.
+/// @param error        out: why the modem cannot be used, when the result is false.
+bool StartModem(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error);
+
+/// What "+CPIN:" tells of the card.
+void ReadSimState(const std::string& state, ModemFacts& facts);
+
+/// AT+CNMI with mode, messages, pages, reports and buffer (3GPP TS 27.005, 3.4.1).
+CAtCommand IndicationsCommand(const std::array<int, 5>& indications);
 
 /// State of registration of a "+CREG: ..." line, as the service tells it.
 SysSrvStatus RegistrationOf(const std::string& line);
 
 /// The parameters behind the colon of a reply line; quotation marks are taken off.
 std::vector<std::string> ParametersOf(const std::string& line);
+
+/// A parameter that is a decimal number of at most 32 bits.
+bool NumberOf(const std::string& parameter, DWORD& number);
 
 }  // namespace modem

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -112,31 +113,35 @@ std::unique_ptr<CSerialPort> CSerialPort::Open(const std::string& path, std::str
     return nullptr;
   }
   ioctl(port, TIOCEXCL);
-  if (!MakeRaw(port)) {
+  const int wake = MakeRaw(port) ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) : -1;
+  if (wake < 0) {
     error = OpenError(path, errno);
+    ioctl(port, TIOCNXCL);
     close(port);
     return nullptr;
   }
   tcflush(port, TCIOFLUSH);
-  return std::unique_ptr<CSerialPort>(new CSerialPort(port, eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)));
+  return std::unique_ptr<CSerialPort>(new CSerialPort(port, wake));
 }
 
 CSerialPort::CSerialPort(int port, int wake) : m_iPort(port), m_iWake(wake) {}
 
+/// Whoever lets go of the port last may be cancelled in close(), where no unwinding is possible.
 CSerialPort::~CSerialPort() {
+  int state = 0;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+  tcflush(m_iPort, TCIOFLUSH);  // else closing waits for octets that flow control holds back
   ioctl(m_iPort, TIOCNXCL);
   close(m_iPort);
   close(m_iWake);
+  pthread_setcancelstate(state, nullptr);
 }
 
 bool CSerialPort::Read(std::string& bytes) {
   pollfd descriptors[] = {{m_iPort, POLLIN, 0}, {m_iWake, POLLIN, 0}};
-  while (poll(descriptors, 2, -1) >= 0 || errno == EINTR) {
-    if (descriptors[1].revents != 0) {
-      return false;
-    }
-    if ((descriptors[0].revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)) == 0) {
-      continue;
+  while (!m_bClosed) {
+    if (poll(descriptors, 2, -1) < 0 || descriptors[0].revents == 0) {
+      continue;  // a signal, or closed
     }
     char buffer[4096];
     const ssize_t count = read(m_iPort, buffer, sizeof buffer);
@@ -154,16 +159,20 @@ bool CSerialPort::Read(std::string& bytes) {
 bool CSerialPort::Write(const std::string& bytes) {
   std::size_t written = 0;
   while (written < bytes.size()) {
+    if (m_bClosed) {
+      return false;
+    }
     const ssize_t count = write(m_iPort, bytes.data() + written, bytes.size() - written);
     if (count > 0) {
       written += static_cast<std::size_t>(count);
       continue;
     }
-    if (errno != EAGAIN && errno != EINTR) {
+    if (count < 0 && errno != EAGAIN && errno != EINTR) {
       return false;
     }
     pollfd descriptors[] = {{m_iPort, POLLOUT, 0}, {m_iWake, POLLIN, 0}};
-    if (poll(descriptors, 2, kWriteLimitMs) <= 0 || descriptors[1].revents != 0) {
+    const int ready = poll(descriptors, 2, kWriteLimitMs);
+    if (ready == 0 || (ready < 0 && errno != EINTR) || descriptors[1].revents != 0) {
       return false;
     }
   }
@@ -171,6 +180,7 @@ bool CSerialPort::Write(const std::string& bytes) {
 }
 
 void CSerialPort::Close() {
+  m_bClosed = true;
   const std::uint64_t one = 1;
   while (write(m_iWake, &one, sizeof one) < 0 && errno == EINTR) {
   }

@@ -3,6 +3,7 @@
 
 #include "ByteStream.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -26,6 +27,7 @@ private:
 
   const int m_iPort;
   const int m_iWake;  // an event descriptor: readable once closed
+  std::atomic<bool> m_bClosed{false};
 };
 
 }  // namespace modem
