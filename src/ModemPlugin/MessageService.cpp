@@ -1,6 +1,7 @@
 #include "MessageService.h"
 
 #include "Guarded.h"
+#include "KeptSettings.h"
 #include "ModemStart.h"
 #include "platform/TraceSrv.h"
 
@@ -83,6 +84,7 @@ Item* ArrayOf(const std::vector<Item>& items) {
 CMessageService::CMessageService(CModem& modem) : m_modem(modem) {
   m_config.dwValidity = kLongestValidity;
   m_config.enRevMode = RECEIVE_NEWSMS_AFTER_STORED;
+  LoadKeptSettings(m_config);
 }
 
 bool CMessageService::RegEventSink(IUniCommEvent* pSink) {
@@ -142,6 +144,9 @@ bool CMessageService::SetWMSConfig(WMSConfigurationType* pstConfig, DWORD* pdwSt
       return false;
     }
     const std::lock_guard<std::mutex> guard(m_lock);
+    if (!StoreKeptSettings(m_config, *pstConfig)) {
+      TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", "the message settings hold until the end of the program only");
+    }
     m_config = *pstConfig;
     return Accept(pdwStatus);
   });

@@ -122,6 +122,12 @@ TEST_F(StoredMessages, ReadsAndWritesTheServiceCentreOfTheModem) {
   EXPECT_EQ("+491710000099\n", Out({"settings", "get", "centre", "--device", port}));
 }
 
+TEST_F(StoredMessages, AsksForReportsFromTheNextProgramOn) {
+  const std::string port = StartSimulator();
+  Out({"settings", "set", "report", "1", "--device", port});
+  EXPECT_EQ("1\n", Out({"settings", "get", "report", "--device", port}));
+}
+
 TEST_F(StoredMessages, AddsAndListsBroadcastChannels) {
   const std::string port = StartSimulator();
   Out({"channels", "add", "50,4352-4359", "--device", port});

@@ -354,6 +354,35 @@ TEST_F(Driver, WaitsForACallUnderWayBeforeASinkIsGone) {
   EXPECT_EQ((std::vector<std::string>{"20407 0"}), m_sink.Lines()) << "the call had ended when the sink was gone";
 }
 
+TEST_F(Driver, KeepsWhatAModemDoesNotKeepInTheSettingsFile) {
+  ASSERT_TRUE(Start());
+  WMSConfigurationType config;
+  ASSERT_TRUE(m_service.GetWMSConfig(&config, nullptr));
+  EXPECT_FALSE(config.bEnableStatusReport);
+  EXPECT_EQ(255u, config.dwValidity);
+  config.bEnableStatusReport = true;
+  config.dwValidity = 167;
+  config.enPri = SM_PRIORITY_URGENT;
+  ASSERT_TRUE(m_service.SetWMSConfig(&config, nullptr));
+  CMessageService next(m_modem);
+  WMSConfigurationType kept;
+  ASSERT_TRUE(next.GetWMSConfig(&kept, nullptr));
+  EXPECT_TRUE(kept.bEnableStatusReport);
+  EXPECT_EQ(167u, kept.dwValidity);
+  EXPECT_EQ(SM_PRIORITY_URGENT, kept.enPri);
+}
+
+TEST_F(Driver, IgnoresKeptSettingsThatMakeNoSense) {
+  m_home.WriteSettings("[ModemPlugin]\nValidity=1000\nPriority=-3\nStatusReport=maybe\n");
+  ASSERT_TRUE(Start());
+  CMessageService next(m_modem);
+  WMSConfigurationType kept;
+  ASSERT_TRUE(next.GetWMSConfig(&kept, nullptr));
+  EXPECT_FALSE(kept.bEnableStatusReport);
+  EXPECT_EQ(255u, kept.dwValidity);
+  EXPECT_EQ(SM_PRIORITY_NORMAL, kept.enPri);
+}
+
 // --- the command builder ---------------------------------------------------------------------------------------------
 
 TEST(AtCommandBuilder, WritesFieldsBetweenCommas) {
