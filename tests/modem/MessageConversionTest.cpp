@@ -1,0 +1,371 @@
+#include "MessageConversion.h"
+
+#include "RecordingSink.h"
+#include "Text.h"
+
+#include <gtest/gtest.h>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+namespace {
+
+using namespace modem;
+
+const char kCentre[] = "0791947101670000";
+
+/// A received message as a modem writes it.
+std::string HexOf(const sms_pdu::Deliver& message) {
+  BYTE octets[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  EXPECT_EQ(sms_pdu::PduError::None, sms_pdu::EncodeDeliver(message, octets, sizeof octets, &size));
+  char hex[2 * sms_pdu::kTpduOctets + 1];
+  sms_pdu::OctetsToHex(octets, size, hex);
+  return std::string(kCentre) + hex;
+}
+
+sms_pdu::Deliver Received(BYTE dcs, const VELK_wstring& text) {
+  sms_pdu::Deliver message;
+  sms_pdu::MakeAddress("+491710000002", &message.originator);
+  message.time = sms_pdu::TimeStamp{2024, 5, 6, 7, 8, 9, 8};
+  message.userData.dcs = dcs;
+  sms_pdu::SetText(&message.userData, text.data(), text.size());
+  return message;
+}
+
+VELK_wstring ContentOf(const SMReadRecord& record) { return VELK_wstring(record.wszContent, record.dwLength); }
+
+SMS_PARAM Part(const VELK_wstring& text, char cDCS = 0) {
+  SMS_PARAM part;
+  std::strcpy(part.szAddress, "+491710000002");
+  std::copy(text.begin(), text.end(), part.wszContent);
+  part.iContentLen = static_cast<int>(text.size());
+  part.cDCS = cDCS;
+  return part;
+}
+
+WMSConfigurationType Config() {
+  WMSConfigurationType config;
+  config.dwValidity = 167;
+  return config;
+}
+
+/// Decodes what MakeSubmit made, apart from the service centre.
+sms_pdu::Submit Submitted(const SMS_PARAM& part, const WMSConfigurationType& config) {
+  PduLine line;
+  EXPECT_EQ(sms_pdu::PduError::None, MakeSubmit(part, config, line));
+  BYTE octets[sms_pdu::kPduOctets];
+  std::size_t size = 0;
+  EXPECT_EQ(sms_pdu::PduError::None,
+            sms_pdu::HexToOctets(line.hex.data(), line.hex.size(), octets, sizeof octets, &size));
+  sms_pdu::Submit message;
+  EXPECT_EQ(sms_pdu::PduError::None, sms_pdu::DecodeSubmit(octets + size - line.tpduOctets, line.tpduOctets, &message));
+  return message;
+}
+
+class CZone {
+public:
+  explicit CZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+  ~CZone() {
+    unsetenv("TZ");
+    tzset();
+  }
+};
+
+std::string TextOf(const UTTime& time) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", time.wYear, time.btMonth, time.btDay, time.btHour,
+                time.btMinute, time.btSecond);
+  return text;
+}
+
+TEST(MessageConversion, ReadsAnOrdinaryMessage) {
+  const CZone zone("UTC0");
+  const SMReadRecord record = ReadPdu(HexOf(Received(0, u"Grüße {1} €")), SMS_STAT_UNREAD);
+  EXPECT_EQ(u"Grüße {1} €", ContentOf(record));
+  EXPECT_STREQ("+491710000002", record.szAddress);
+  EXPECT_STREQ("+491710760000", record.szSCNum);
+  EXPECT_EQ("2024-05-06 05:08:09", TextOf(record.stTime));
+  EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, record.enType);
+  EXPECT_EQ(SMS_STAT_UNREAD, record.enSMStat);
+  EXPECT_EQ(SMS_CLASS_INVALID, record.enSmClass);
+  EXPECT_EQ(0, record.stLongSMS_info.btTotalPack);
+  EXPECT_EQ(0, record.wszContent[160]);
+}
+
+TEST(MessageConversion, ReadsUcs2AndTheFullLength) {
+  EXPECT_EQ(u"日本 😀", ContentOf(ReadPdu(HexOf(Received(8, u"日本 😀")), SMS_STAT_READ)));
+  const VELK_wstring full(160, u'x');
+  EXPECT_EQ(full, ContentOf(ReadPdu(HexOf(Received(0, full)), SMS_STAT_READ)));
+}
+
+TEST(MessageConversion, ReadsOctetsAsOneUnitEach) {
+  sms_pdu::Deliver message = Received(4, u"");
+  BYTE octets[140];
+  for (int i = 0; i < 140; ++i) {
+    octets[i] = static_cast<BYTE>(i * 2);
+  }
+  sms_pdu::SetOctets(&message.userData, octets, sizeof octets);
+  const SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  EXPECT_EQ(VELK_wstring(octets, octets + 140), ContentOf(record));
+}
+
+TEST(MessageConversion, ReadsThePlaceInALongMessage) {
+  for (const bool wide : {false, true}) {
+    sms_pdu::Deliver message = Received(0, u"");
+    sms_pdu::Concatenation place;
+    place.reference = wide ? 0x1234 : 0x34;
+    place.total = 3;
+    place.sequence = 2;
+    place.wide = wide;
+    ASSERT_TRUE(sms_pdu::AddConcatenation(&message.userData.header, place));
+    sms_pdu::SetText(&message.userData, u"part", 4);
+    const SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+    EXPECT_EQ(0x34, record.stLongSMS_info.btMR);
+    EXPECT_EQ(3, record.stLongSMS_info.btTotalPack);
+    EXPECT_EQ(2, record.stLongSMS_info.btPack);
+    EXPECT_EQ(u"part", ContentOf(record));
+  }
+}
+
+TEST(MessageConversion, ReadsNationalTables) {
+  sms_pdu::Deliver message = Received(0, u"");
+  SMS_NLI tables;
+  tables.enNLI_Lock = SMS_NLI_Turk_Lock;
+  tables.enNLI_Single = SMS_NLI_Turk_Single;
+  ASSERT_TRUE(sms_pdu::AddTables(&message.userData.header, tables));
+  sms_pdu::SetText(&message.userData, u"ışğ Ş", 5);
+  EXPECT_EQ(u"ışğ Ş", ContentOf(ReadPdu(HexOf(message), SMS_STAT_UNREAD)));
+}
+
+TEST(MessageConversion, TellsTheClassOfAMessage) {
+  for (int messageClass = 0; messageClass < 4; ++messageClass) {
+    const BYTE dcs = sms_pdu::MakeDataCoding(sms_pdu::Coding::Gsm7, messageClass);
+    EXPECT_EQ(messageClass, ReadPdu(HexOf(Received(dcs, u"x")), SMS_STAT_UNREAD).enSmClass);
+  }
+}
+
+TEST(MessageConversion, TellsVoiceMailWhileItWaits) {
+  EXPECT_EQ(SMS_IDENTIFYER_VOICE_MAIL, ReadPdu(HexOf(Received(0xC8, u"2 calls")), SMS_STAT_UNREAD).enType);
+  EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, ReadPdu(HexOf(Received(0xC0, u"none")), SMS_STAT_UNREAD).enType);
+  EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, ReadPdu(HexOf(Received(0xC9, u"fax")), SMS_STAT_UNREAD).enType);
+}
+
+TEST(MessageConversion, TakesAnMmsPushApart) {
+  sms_pdu::Deliver message = Received(4, u"");
+  sms_pdu::Ports ports;
+  ports.destination = 2948;
+  ASSERT_TRUE(sms_pdu::AddPorts(&message.userData.header, ports));
+  const BYTE push[] = {0x01, 0x06, 0x02, 'h', 'h', 'b', 'o', 'd', 'y'};
+  sms_pdu::SetOctets(&message.userData, push, sizeof push);
+  SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  ASSERT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, record.enType);
+  EXPECT_EQ("\x01\x06\x02hh",
+            std::string(record.stMMS_Notify_Data.szWSP, static_cast<std::size_t>(record.stMMS_Notify_Data.iWSPLen)));
+  EXPECT_EQ("body",
+            std::string(record.stMMS_Notify_Data.szDATA, static_cast<std::size_t>(record.stMMS_Notify_Data.iDATALen)));
+  // a header that claims to be longer than the message
+  const BYTE lying[] = {0x01, 0x06, 0xFF, 'h'};
+  sms_pdu::SetOctets(&message.userData, lying, sizeof lying);
+  record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  EXPECT_EQ(4, record.stMMS_Notify_Data.iWSPLen);
+  EXPECT_EQ(0, record.stMMS_Notify_Data.iDATALen);
+}
+
+TEST(MessageConversion, TellsAReportsOutcomeInTheFirstUnit) {
+  for (int status = 0; status < 256; ++status) {
+    sms_pdu::StatusReport report;
+    sms_pdu::MakeAddress("+491710000002", &report.recipient);
+    report.status = static_cast<BYTE>(status);
+    BYTE octets[sms_pdu::kTpduOctets];
+    std::size_t size = 0;
+    ASSERT_EQ(sms_pdu::PduError::None, sms_pdu::EncodeStatusReport(report, octets, sizeof octets, &size));
+    char hex[2 * sms_pdu::kTpduOctets + 1];
+    sms_pdu::OctetsToHex(octets, size, hex);
+    const SMReadRecord record = ReadPdu(std::string(kCentre) + hex, SMS_STAT_UNREAD);
+    ASSERT_EQ(SMS_IDENTIFYER_REPORT, record.enType);
+    EXPECT_EQ(status < 0x20 ? 0 : status, record.wszContent[0]) << status;
+    EXPECT_STREQ("+491710000002", record.szAddress);
+  }
+}
+
+TEST(MessageConversion, KeepsWhatCannotBeDecodedAsText) {
+  for (const std::string hex : {"", "0", "zz", "07919471", "00FF", "0791947101670000040C91"}) {
+    const SMReadRecord record = ReadPdu(hex, SMS_STAT_UNREAD);
+    EXPECT_EQ(VELK_wstring(hex.begin(), hex.end()), ContentOf(record));
+    EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, record.enType);
+    EXPECT_STREQ("", record.szAddress);
+  }
+  EXPECT_EQ(VELK_wstring(160, u'A'), ContentOf(ReadPdu(std::string(100000, 'A'), SMS_STAT_READ)));
+}
+
+TEST(MessageConversion, ReadsEveryCutOfAMessageWithoutHarm) {
+  const std::string hex = HexOf(Received(0, u"Hello"));
+  for (const SMS_STAT state : {SMS_STAT_UNREAD, SMS_STAT_SENT}) {
+    for (std::size_t length = 0; length <= hex.size(); ++length) {
+      EXPECT_GE(160u, ReadPdu(hex.substr(0, length), state).dwLength);
+    }
+  }
+}
+
+struct ZoneCase {
+  const char* name;
+  const char* zone;
+  std::int8_t quarters;
+  const char* expected;
+};
+
+TEST(MessageConversion, TurnsZonesToLocalTime) {
+  const ZoneCase cases[] = {{"utc", "UTC0", 0, "2024-05-06 07:08:09"},
+                            {"east", "UTC0", 8, "2024-05-06 05:08:09"},
+                            {"west", "UTC0", -32, "2024-05-06 15:08:09"},
+                            {"local summer", "CET-1CEST,M3.5.0,M10.5.0/3", 0, "2024-05-06 09:08:09"},
+                            {"day before", "PST8PDT,M3.2.0,M11.1.0", 0, "2024-05-06 00:08:09"},
+                            {"quarter", "<+0545>-5:45", 0, "2024-05-06 12:53:09"}};
+  for (const ZoneCase& row : cases) {
+    const CZone zone(row.zone);
+    const sms_pdu::TimeStamp time{2024, 5, 6, 7, 8, 9, row.quarters};
+    EXPECT_EQ(row.expected, TextOf(ToLocalTime(time))) << row.name;
+  }
+  EXPECT_EQ(0, ToLocalTime(sms_pdu::TimeStamp()).wYear);
+}
+
+TEST(MessageConversion, SavesAReceivedMessageWithItsTime) {
+  for (const char* name : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "<+0545>-5:45"}) {
+    const CZone zone(name);
+    SMS_PARAM part = Part(u"Hello");
+    part.utTime.wYear = 2024;
+    part.utTime.btMonth = 12;
+    part.utTime.btDay = 31;
+    part.utTime.btHour = 23;
+    part.utTime.btMinute = 59;
+    part.utTime.btSecond = 58;
+    PduLine line;
+    ASSERT_EQ(sms_pdu::PduError::None, MakeDeliver(part, line));
+    const SMReadRecord record = ReadPdu(line.hex, SMS_STAT_READ);
+    EXPECT_EQ("2024-12-31 23:59:58", TextOf(record.stTime)) << name;
+    EXPECT_EQ(u"Hello", ContentOf(record));
+    EXPECT_EQ(2 * line.tpduOctets + 2, line.hex.size());  // one octet for "no service centre"
+  }
+}
+
+TEST(MessageConversion, SavesAMessageWithoutATime) {
+  PduLine line;
+  ASSERT_EQ(sms_pdu::PduError::None, MakeDeliver(Part(u"x"), line));
+  EXPECT_EQ(0, ReadPdu(line.hex, SMS_STAT_READ).stTime.wYear);
+}
+
+TEST(MessageConversion, SubmitsWhatTheConfigurationAsksFor) {
+  WMSConfigurationType config = Config();
+  sms_pdu::Submit message = Submitted(Part(u"Hello"), config);
+  EXPECT_FALSE(message.statusReportRequest);
+  EXPECT_FALSE(message.replyPath);
+  EXPECT_EQ(sms_pdu::ValidityFormat::Relative, message.validity.format);
+  EXPECT_EQ(167, message.validity.relative);
+  EXPECT_EQ(u"Hello", VELK_wstring(message.userData.text));
+  config.bEnableStatusReport = config.bEnableReplyPath = true;
+  config.dwValidity = 0xFFFFFFFF;
+  message = Submitted(Part(u"Hello"), config);
+  EXPECT_TRUE(message.statusReportRequest);
+  EXPECT_TRUE(message.replyPath);
+  EXPECT_EQ(255, message.validity.relative);
+}
+
+TEST(MessageConversion, SubmitsInTheCodingOfThePart) {
+  EXPECT_EQ(0, Submitted(Part(u"Hello", 0), Config()).userData.dcs);
+  for (const char coding : {'\x08', '\x0C'}) {
+    const sms_pdu::Submit message = Submitted(Part(u"日本", coding), Config());
+    EXPECT_EQ(8, message.userData.dcs);
+    EXPECT_EQ(u"日本", VELK_wstring(message.userData.text));
+  }
+  const sms_pdu::Submit octets = Submitted(Part(u"\x01\xFF", 4), Config());
+  EXPECT_EQ(4, octets.userData.dcs);
+  ASSERT_EQ(2, octets.userData.octetCount);
+  EXPECT_EQ(0xFF, octets.userData.octets[1]);
+}
+
+TEST(MessageConversion, SubmitsPartsWithPlaceAndTables) {
+  SMS_PARAM part = Part(u"ışğ");
+  part.bLongSms = true;
+  part.stLongSMS_info.btMR = 7;
+  part.stLongSMS_info.btTotalPack = 2;
+  part.stLongSMS_info.btPack = 1;
+  part.stSMS_NLI.enNLI_Lock = SMS_NLI_Turk_Lock;
+  const sms_pdu::Submit message = Submitted(part, Config());
+  sms_pdu::Concatenation place;
+  ASSERT_TRUE(sms_pdu::FindConcatenation(message.userData.header, &place));
+  EXPECT_EQ(7, place.reference);
+  EXPECT_EQ(2, place.total);
+  EXPECT_EQ(1, place.sequence);
+  EXPECT_EQ(u"ışğ", VELK_wstring(message.userData.text));
+}
+
+TEST(MessageConversion, PutsAPartsOwnServiceCentreInFront) {
+  SMS_PARAM part = Part(u"Hello");
+  PduLine line;
+  ASSERT_EQ(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+  EXPECT_EQ("00", line.hex.substr(0, 2));
+  std::strcpy(part.szSCNum, "+491710760000");
+  ASSERT_EQ(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+  EXPECT_EQ("0791947101670000", line.hex.substr(0, 16));
+  EXPECT_EQ(16 + 2 * line.tpduOctets, line.hex.size());
+}
+
+TEST(MessageConversion, RefusesWhatOneMessageCannotCarry) {
+  PduLine line;
+  EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(VELK_wstring(71, u'日'), 8), Config(), line));
+  EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(u"日", 0), Config(), line));
+  EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(VELK_wstring(141, u'x'), 4), Config(), line));
+  SMS_PARAM part = Part(u"x");
+  std::memset(part.szAddress, '1', sizeof part.szAddress);  // no terminator
+  EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+  part = Part(u"x");
+  part.iContentLen = -1;
+  EXPECT_EQ(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+  part.iContentLen = 0x7FFFFFFF;
+  std::fill(std::begin(part.wszContent), std::end(part.wszContent), u'x');
+  EXPECT_EQ(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+}
+
+TEST(MessageConversion, ReadsABroadcastPage) {
+  // 93 characters in 82 octets, packed
+  std::string hex = "123400FF0F34";
+  BYTE septets[93];
+  std::fill(std::begin(septets), std::end(septets), BYTE('a'));
+  BYTE octets[82];
+  sms_pdu::PackSeptets(septets, 93, 0, octets);
+  char digits[2 * sizeof octets + 1];
+  sms_pdu::OctetsToHex(octets, sizeof octets, digits);
+  CBSMessage page;
+  ASSERT_TRUE(ReadPage(hex + digits, page));
+  EXPECT_EQ(0x1234u, page.SerialNumber);
+  EXPECT_EQ(0xFFu, page.MessageId);
+  EXPECT_EQ(3, page.Sequence);
+  EXPECT_EQ(4, page.TotalNumber);
+  EXPECT_EQ(VELK_wstring(93, u'a'), VELK_wstring(page.wszContent, 93));
+  EXPECT_EQ(0, page.wszContent[93]);
+}
+
+TEST(MessageConversion, ReadsEveryCodingOfAPageWithoutHarm) {
+  for (int dcs = 0; dcs < 256; ++dcs) {
+    char head[16];
+    std::snprintf(head, sizeof head, "00010002%02X11", static_cast<unsigned>(dcs));
+    CBSMessage page;
+    EXPECT_TRUE(ReadPage(std::string(head) + std::string(164, 'F'), page)) << dcs;
+    EXPECT_TRUE(ReadPage(head, page)) << dcs;
+    EXPECT_EQ(0, page.wszContent[0]);
+  }
+}
+
+TEST(MessageConversion, RefusesADamagedPage) {
+  CBSMessage page;
+  for (const std::string hex : {"", "00", "0001000200", "0001000200x1", "000100020011F"}) {
+    EXPECT_FALSE(ReadPage(hex, page)) << hex;
+  }
+  EXPECT_FALSE(ReadPage(std::string(2 * 89, '0'), page));
+}
+
+}  // namespace
