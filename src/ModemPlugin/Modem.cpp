@@ -62,17 +62,27 @@ bool CModem::Start(std::string& error) {
     return true;
   }
   m_bStop = false;
+  const bool started = Guarded([&] { return StartThreads(error); });
+  if (!started) {
+    Stop();
+  }
+  return started;
+}
+
+bool CModem::StartThreads(std::string& error) {
   if (!m_events.Begin()) {
     error = kNoThread;
-  } else if (Connect(error)) {
-    m_pWorker = std::make_unique<CWorker>([this] { Work(); });
-    if (m_pWorker->Start() == 0) {
-      return true;
-    }
-    error = kNoThread;
+    return false;
   }
-  Stop();
-  return false;
+  if (!Connect(error)) {
+    return false;
+  }
+  m_pWorker = std::make_unique<CWorker>([this] { Work(); });
+  if (m_pWorker->Start() != 0) {
+    error = kNoThread;
+    return false;
+  }
+  return true;
 }
 
 void CModem::Stop() {
@@ -125,6 +135,7 @@ bool CModem::Connect(std::string& error) {
   if (m_pReader->Start() != 0) {
     error = kNoThread;
   } else if (StartModem(connection->dialogue, m_bBroadcasts, facts, error)) {
+    const CTurn turn(m_memory);
     if (TakeIntoUse(*connection, facts)) {
       return true;
     }
@@ -143,11 +154,11 @@ bool CModem::Install(const std::shared_ptr<Connection>& connection) {
   return !m_bStop;
 }
 
+/// The caller has the memories' turn.
 /// @return false: the line is gone already.
 bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
+  m_enChosen = SMS_MEM_UNKNOW;
   {
-    const CTurn turn(m_memory);
-    m_enChosen = SMS_MEM_UNKNOW;
     const std::lock_guard<std::mutex> guard(m_cacheLock);
     m_listed[SMS_MEM_SM].clear();
     m_listed[SMS_MEM_ME].clear();
@@ -344,6 +355,7 @@ void CModem::SendOne(const PduLine& line) {
 /// A card that was locked has been opened: much was refused at the start.
 void CModem::AskAgain() {
   const auto connection = CurrentConnection();
+  const CTurn turn(m_memory);
   ModemFacts facts;
   std::string error;
   if (connection && StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {

@@ -110,6 +110,7 @@ private:
   };
   enum class Next { kRetryLater, kGoOn, kAwaitWork };
 
+  bool StartThreads(std::string& error);
   bool Connect(std::string& error);
   bool Install(const std::shared_ptr<Connection>& connection);
   bool TakeIntoUse(Connection& connection, const ModemFacts& facts);

@@ -39,9 +39,10 @@ CModemPlugin::CModemPlugin()
 CModemPlugin::~CModemPlugin() noexcept = default;
 
 bool CModemPlugin::Init() {
-  m_strError.clear();
+  m_strError = "out of memory";  // unless it is known better
   return Guarded([this] {
     if (m_modem.Start(m_strError)) {
+      m_strError.clear();
       return true;
     }
     const std::string path = ConfiguredDevice();
@@ -77,7 +78,9 @@ bool CModemPlugin::QueryInterface(int iInterface, IBaseInterface** ppOut) {
   }
 }
 
-void CModemPlugin::OnDestroy() { m_modem.Stop(); }
+void CModemPlugin::OnDestroy() {
+  Guarded([this] { m_modem.Stop(); });
+}
 
 const char* CModemPlugin::GetFurtherCLSID(int iIndex) {
   switch (iIndex) {
