@@ -281,6 +281,8 @@ bool CAtDialogue::BelongsToReply(const std::string& line) const {
 void CAtDialogue::TakeFinal(AtReply::Final final, int code) {
   if (m_state == State::kStep && m_reply.lines.empty()) {
     m_reply.code = kLateEnd;  // of a command before: the answer to the question is still to come
+  } else if (m_state == State::kPrompt && final == AtReply::Final::kOk) {
+    TraceLine("no end of this command: ", "OK");  // nothing can be done before its octets are there
   } else if (m_state != State::kIdle) {
     EndReply(final, code);
   }

@@ -4,6 +4,7 @@
 //   -> TEXT             the driver sends TEXT and a carriage return; none behind <1A> or <1B>
 //   <- TEXT             the modem's next line; ">" is the prompt. Also behind "-> TEXT" and two blanks
 //   <~ BYTES            the modem sends these bytes and nothing else
+//   flood COUNT         the modem sends so many octets that make no line
 //   play NAME           the lines of NAME.part
 //   do OPERATION        a client asks for it; see CClient
 //   result TEXT         what the operation answered
@@ -269,6 +270,8 @@ private:
   void Happen(const std::string& what, const std::string& rest) {
     if (what == "play") {
       PlayFile(rest + ".part");
+    } else if (what == "flood") {
+      m_line->Say(std::string(std::stoul(rest), 'x'));
     } else if (what == "do") {
       ASSERT_FALSE(m_result.valid());
       m_result = std::async(std::launch::async, [this, rest] { return m_client.Do(rest); });

@@ -15,7 +15,7 @@ typedef CEventRaiser::Source Source;
 const unsigned long kEvent = 1000;
 
 /// Counts its calls and does what a test wants inside of them.
-class CSink : public IUniCommEvent {
+class CSink final : public IUniCommEvent {
 public:
   explicit CSink(const std::function<bool(unsigned long)>& body = [](unsigned long) { return true; }) : m_body(body) {}
   bool OnUniCommEvent(unsigned long dwEvent, void* /*pData*/) override {
