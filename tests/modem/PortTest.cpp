@@ -146,10 +146,10 @@ TEST(SerialPort, TellsThatTheOtherEndIsGone) {
 class CRunningModem {
 public:
   explicit CRunningModem(const modem_sim::ModemOptions& options = modem_sim::ModemOptions())
-      : m_port(std::make_unique<modem_sim::CPtyPort>(m_context)), m_modem(options, *m_port) {
+      : m_modem(options, m_port) {
     std::string error;
-    EXPECT_TRUE(m_port->Open(&error)) << error;
-    m_port->Start(m_modem);
+    EXPECT_TRUE(m_port.Open(&error)) << error;
+    m_port.Start(m_modem);
   }
   ~CRunningModem() {
     m_context.stop();
@@ -157,7 +157,7 @@ public:
   }
   void Link(const std::string& link) {
     std::string error;
-    EXPECT_TRUE(m_port->Link(link, &error)) << error;
+    EXPECT_TRUE(m_port.Link(link, &error)) << error;
   }
   void Run() {
     m_thread = std::thread([this] { m_context.run(); });
@@ -165,7 +165,7 @@ public:
 
 private:
   boost::asio::io_context m_context;
-  std::unique_ptr<modem_sim::CPtyPort> m_port;
+  modem_sim::CPtyPort m_port{m_context};
   modem_sim::CSimulatedModem m_modem;
   std::thread m_thread;
 };
