@@ -33,7 +33,8 @@ struct AtReply {
   /// 0, or the code, or "unknown error" (3GPP TS 27.005, 3.2.5).
   DWORD Status() const {
     const DWORD kUnknownError = 500;
-    return IsOk() ? 0 : code > 0 ? static_cast<DWORD>(code) : kUnknownError;
+    // codes of +CME ERROR count otherwise and would be taken for other causes
+    return IsOk() ? 0 : final == Final::kCmsError && code > 0 ? static_cast<DWORD>(code) : kUnknownError;
   }
 };
 

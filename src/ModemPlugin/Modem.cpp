@@ -346,8 +346,11 @@ void CModem::SendOne(const PduLine& line) {
     command.Number(static_cast<long>(line.tpduOctets));
     return ExecuteWithOctets(command, line.hex, "+CMGS:", kSendLimitMs);
   });
-  RaiseVerdict(reply.Status());
-  if (!reply.IsOk()) {
+  // The reference comes after the network has taken the message: what is lost behind it does not make it unsent.
+  const bool silent = reply.final == AtReply::Final::kNoAnswer || reply.final == AtReply::Final::kLineGone;
+  const bool taken = reply.IsOk() || (silent && !reply.lines.empty() && StartsWith(reply.lines.back(), "+CMGS:"));
+  RaiseVerdict(taken ? 0 : reply.Status());
+  if (!taken) {
     TraceFault("a message was not sent, error " + std::to_string(reply.Status()));
   }
 }

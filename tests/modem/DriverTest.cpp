@@ -180,6 +180,24 @@ TEST_F(Driver, TakesARefusalInsteadOfThePrompt) {
   EXPECT_EQ(0, m_script.Count("octets"));
 }
 
+TEST_F(Driver, CountsAMessageWithAReferenceAsSentThoughTheLineIsLostBehindIt) {
+  ASSERT_TRUE(Start());
+  m_script.SetPresent(false);
+  m_script.AnswerOctets("\r\n+CMGS: 7\r\n");
+  ASSERT_TRUE(Send());
+  ASSERT_TRUE(m_script.AwaitCommand("octets"));
+  ASSERT_TRUE(m_script.AwaitRead());
+  m_script.HangUp();
+  EXPECT_TRUE(m_sink.Await("20407 0"));
+}
+
+TEST_F(Driver, DoesNotTakeAnEquipmentErrorForACauseOfTheNetwork) {
+  ASSERT_TRUE(Start());
+  m_script.Answer("AT+CMGS=", "\r\n+CME ERROR: 30\r\n");
+  ASSERT_TRUE(Send());
+  EXPECT_TRUE(m_sink.Await("20407 500"));
+}
+
 TEST_F(Driver, FindsTheVerdictAmongUnsolicitedLines) {
   ASSERT_TRUE(Start());
   m_script.Answer("AT+CMGS=", "\r\n+CREG: 2\r\n\r\n+CMTI: \"SM\",3\r\n\r\n> ");

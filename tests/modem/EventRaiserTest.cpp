@@ -1,3 +1,4 @@
+// Order, thread and barrier of the events.
 #include "EventRaiser.h"
 
 #include "Await.h"

@@ -1,3 +1,4 @@
+// Transfer PDUs to records and back.
 #include "MessageConversion.h"
 
 #include "RecordingSink.h"

@@ -1,6 +1,6 @@
+// Events as text.
 #include "RecordingSink.h"
 
-#include "SMSDef.h"
 #include "services/IDeviceService.h"
 #include "services/INetSrv.h"
 

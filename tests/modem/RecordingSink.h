@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Await.h"
+#include "SMSDef.h"
 #include "services/IUniCommEvent.h"
 
 #include <deque>
@@ -31,5 +32,4 @@ private:
 };
 
 /// Text of a message, "unread +491710000002 Hello (part 1 of 2)".
-struct SMReadRecord;
 std::string TextOf(const SMReadRecord& record);

@@ -116,6 +116,10 @@ bool CScriptedModem::AwaitCommand(const std::string& command, int times, int mil
   return m_monitor.Await([&] { return CountLocked(command) >= times; }, milliseconds);
 }
 
+bool CScriptedModem::AwaitRead() const {
+  return m_monitor.Await([this] { return m_strToHost.empty(); });
+}
+
 void CScriptedModem::Take(const std::string& bytes) {
   std::vector<std::string> lines;
   m_monitor.Locked([&] {

@@ -34,6 +34,8 @@ public:
 
   std::vector<std::string> Commands() const;
   int Count(const std::string& command) const;
+  /// Waits until the host has read everything that was said.
+  bool AwaitRead() const;
   bool AwaitCommand(const std::string& command, int times = 1, int milliseconds = 5000) const;
 
 private:
