@@ -183,9 +183,10 @@ TEST_F(Driver, TakesARefusalInsteadOfThePrompt) {
 TEST_F(Driver, CountsAMessageWithAReferenceAsSentThoughTheLineIsLostBehindIt) {
   ASSERT_TRUE(Start());
   m_script.SetPresent(false);
-  m_script.AnswerOctets("\r\n+CMGS: 7\r\n");
+  m_script.AnswerOctets("");
   ASSERT_TRUE(Send());
   ASSERT_TRUE(m_script.AwaitCommand("octets"));
+  m_script.Say("\r\n+CMGS: 7\r\n");
   ASSERT_TRUE(m_script.AwaitRead());
   m_script.HangUp();
   EXPECT_TRUE(m_sink.Await("20407 0"));
