@@ -29,7 +29,9 @@ void CFileSMSImpl::Init() {
     CISAPUGuard<JMutex> lock(m_MutexReadSMS);
     ReadCleanupAge();
     GetReocrdList();
-    EndLoad(turn);
+    if (turn.IsOpen()) {  // without a turn the load itself has told
+      EndLoad(turn);
+    }
     return 0;
   });
 }

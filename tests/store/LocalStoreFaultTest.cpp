@@ -190,6 +190,18 @@ TEST(LocalStoreFault, WithAFolderInPlaceOfItsFileStillHandsOutASet) {
   EXPECT_EQ(-1, store.EndTransaction());
 }
 
+TEST(LocalStoreFault, TellsOnceThatALoadWithoutADatabaseFailed) {
+  CTempHome home;
+  std::filesystem::create_directories(home.DatabaseFile() + "/in the way");
+  CTraceCapture trace;
+  {
+    CFileSMSImpl store(nullptr);
+    store.GetReocrdList();
+  }  // its load thread has ended
+  EXPECT_EQ(1, trace.Count("ReadRecordindex Fail"));
+  EXPECT_EQ(1, trace.Count("DB stop EndTransaction failed"));
+}
+
 TEST(LocalStoreFault, ADamagedFileIsKeptAsideAndTheStoreStartsEmpty) {
   CStoreHome home;
   home.Close();
