@@ -12,7 +12,7 @@ public:
   /// CreatePluginInstance goes on to answer it. Kept so; the real destructor does not throw.
   static void ReleasePluginInstance();
 
-protected:
+  /// Null while there is none; the two operations alone change it.
   static IBasePlugin* m_pPlugin;
 };
 

@@ -77,7 +77,7 @@ public:
 
   /// Unread messages of all sets, as far as they were pushed and removed; a read tag changed through a pointer is not
   /// noticed.
-  static int GetMissCount() { return m_iMissCount; }
+  static std::atomic<int> m_iMissCount;
 
 private:
   typedef CSMSRecordIndex::RecordList RecordList;
@@ -101,6 +101,4 @@ private:
   std::uint64_t m_ullOrder;   // of the last record appended; guarded by m_Lock
   // the index is out of date; set by records of the list on any thread
   std::atomic<bool> m_bKeysChanged;
-
-  static std::atomic<int> m_iMissCount;
 };

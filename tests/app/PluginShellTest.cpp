@@ -10,12 +10,6 @@ namespace {
 
 const int kServiceInterface = 0x1001;
 
-/// Reaches the factory's pointer.
-class CFactorySeam : public CSMSFactory {
-public:
-  static IBasePlugin*& Plugin() { return m_pPlugin; }
-};
-
 /// A plug-in whose destruction fails.
 class CUnendingPlugin : public IBasePlugin {
 public:
@@ -50,7 +44,7 @@ TEST(PluginFactory, MakesANewPluginAfterARelease) {
   CFakeContainer container;
   CreatePlugin()->SetPluginContainer(&container);
   ReleasePlugin();
-  EXPECT_EQ(nullptr, CFactorySeam::Plugin());
+  EXPECT_EQ(nullptr, CSMSFactory::m_pPlugin);
   EXPECT_EQ(nullptr, CSMSPluginImpl::GetPluginContainer());
   {
     const CShortMemory shortage(0);
@@ -58,16 +52,16 @@ TEST(PluginFactory, MakesANewPluginAfterARelease) {
   }
   IBasePlugin* const pSecond = CreatePlugin();
   ASSERT_NE(nullptr, pSecond);
-  EXPECT_EQ(pSecond, CFactorySeam::Plugin());
+  EXPECT_EQ(pSecond, CSMSFactory::m_pPlugin);
   EXPECT_TRUE(pSecond->Init());
   ReleasePlugin();
 }
 
 TEST(PluginFactory, ReleaseWithoutAPluginDoesNothing) {
   ReleasePlugin();
-  EXPECT_EQ(nullptr, CFactorySeam::Plugin());
+  EXPECT_EQ(nullptr, CSMSFactory::m_pPlugin);
   ReleasePlugin();
-  EXPECT_EQ(nullptr, CFactorySeam::Plugin());
+  EXPECT_EQ(nullptr, CSMSFactory::m_pPlugin);
 }
 
 TEST(PluginFactory, AnswersNullWhenMemoryIsShort) {
@@ -76,18 +70,18 @@ TEST(PluginFactory, AnswersNullWhenMemoryIsShort) {
     EXPECT_EQ(nullptr, CreatePlugin());
     EXPECT_TRUE(shortage.HasStruck());
   }
-  EXPECT_EQ(nullptr, CFactorySeam::Plugin());
+  EXPECT_EQ(nullptr, CSMSFactory::m_pPlugin);
   EXPECT_NE(nullptr, CreatePlugin());
   ReleasePlugin();
 }
 
 TEST(PluginFactory, KeepsThePointerWhenDestructionThrows) {
   IBasePlugin* const pPlugin = new CUnendingPlugin;
-  CFactorySeam::Plugin() = pPlugin;
+  CSMSFactory::m_pPlugin = pPlugin;
   ReleasePlugin();
-  EXPECT_EQ(pPlugin, CFactorySeam::Plugin());
+  EXPECT_EQ(pPlugin, CSMSFactory::m_pPlugin);
   EXPECT_EQ(pPlugin, CreatePlugin());
-  CFactorySeam::Plugin() = nullptr;
+  CSMSFactory::m_pPlugin = nullptr;
 }
 
 TEST(PluginFactory, TheRealPluginEndsWithoutThrowing) {

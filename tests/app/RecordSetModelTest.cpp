@@ -92,7 +92,7 @@ struct Model {
 
 class CRandomRun {
 public:
-  explicit CRandomRun(unsigned int uSeed) : m_random(uSeed), m_iMissedBefore(CSMSRecordSetImpl::GetMissCount()) {}
+  explicit CRandomRun(unsigned int uSeed) : m_random(uSeed), m_iMissedBefore(CSMSRecordSetImpl::m_iMissCount) {}
 
   void Step() {
     switch (Below(12)) {
@@ -258,7 +258,7 @@ private:
   void Compare() {
     EXPECT_EQ(static_cast<long>(m_model.messages.size()), m_set.GetRecordCount());
     EXPECT_EQ(m_model.Unread(), m_set.GetUnReadSMSCount());
-    EXPECT_EQ(m_model.missed, CSMSRecordSetImpl::GetMissCount() - m_iMissedBefore);
+    EXPECT_EQ(m_model.missed, CSMSRecordSetImpl::m_iMissCount - m_iMissedBefore);
     const bool atEnd = m_model.cursor >= m_model.messages.size();
     EXPECT_EQ(atEnd ? "(null)" : m_model.messages[m_model.cursor].text, Utf8(m_set.GetContent()));
     const long id = AnyID();

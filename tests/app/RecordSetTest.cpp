@@ -17,9 +17,9 @@ struct Release {
 
 class RecordSet : public ::testing::Test {
 protected:
-  RecordSet() : m_iMissedBefore(CSMSRecordSetImpl::GetMissCount()) { UseUtc(); }
+  RecordSet() : m_iMissedBefore(CSMSRecordSetImpl::m_iMissCount) { UseUtc(); }
 
-  int Missed() const { return CSMSRecordSetImpl::GetMissCount() - m_iMissedBefore; }
+  int Missed() const { return CSMSRecordSetImpl::m_iMissCount - m_iMissedBefore; }
 
   const int m_iMissedBefore;
   CSMSRecordSetImpl m_set;
@@ -427,7 +427,7 @@ TEST(RecordSetLife, WhenMemoryIsShortAPushChangesNothing) {
     CSMSRecordImpl fresh = MakeRecord(1000 + static_cast<long>(uNumber), "new", NS_SMS::IS_NOT_READ);
     fresh.SetMSGInfo(1, 2, 1);
     const long lCount = set.GetRecordCount();
-    const int iMissed = CSMSRecordSetImpl::GetMissCount();
+    const int iMissed = CSMSRecordSetImpl::m_iMissCount;
     long lResult = 0;
     {
       const CShortMemory shortage(uNumber);
@@ -437,7 +437,7 @@ TEST(RecordSetLife, WhenMemoryIsShortAPushChangesNothing) {
     const bool bIn = set.GetRecord(fresh.GetMSGID()) != nullptr;
     EXPECT_EQ(lResult == 0, bIn) << uNumber;
     EXPECT_EQ(lCount + (bIn ? 1 : 0), set.GetRecordCount()) << uNumber;
-    EXPECT_EQ(iMissed + (bIn ? 1 : 0), CSMSRecordSetImpl::GetMissCount()) << uNumber;
+    EXPECT_EQ(iMissed + (bIn ? 1 : 0), CSMSRecordSetImpl::m_iMissCount) << uNumber;
     EXPECT_EQ(1, set.GetRecord(1)->GetMSGID());
   }
   EXPECT_GT(uNumber, 3U);

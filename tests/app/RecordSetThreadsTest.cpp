@@ -82,13 +82,13 @@ protected:
 };
 
 TEST_F(RecordSetThreads, PushersCursorUsersAndFindersLeaveWhatTheyPushed) {
-  const int iMissedBefore = CSMSRecordSetImpl::GetMissCount();
+  const int iMissedBefore = CSMSRecordSetImpl::m_iMissCount;
   CSMSRecordSetImpl set;
   RunTogether({[&] { PushAndRemove(set, 0); }, [&] { PushAndRemove(set, 1000); }, [&] { PushAndRemove(set, 2000); },
                [&] { WalkTheCursor(set); }, [&] { TakeCopies(set); }, [&] { LookForParts(set); }});
   EXPECT_EQ(3 * kRounds / 2, set.GetRecordCount());
   EXPECT_EQ(3 * kRounds / 4, set.GetUnReadSMSCount());
-  EXPECT_EQ(3 * kRounds / 4, CSMSRecordSetImpl::GetMissCount() - iMissedBefore);
+  EXPECT_EQ(3 * kRounds / 4, CSMSRecordSetImpl::m_iMissCount - iMissedBefore);
   for (const long lFrom : {0L, 1000L, 2000L}) {
     for (long lID = lFrom; lID < lFrom + kRounds; ++lID) {
       EXPECT_EQ(lID % 2 == 0, set.GetRecord(lID) != nullptr) << lID;
@@ -97,7 +97,7 @@ TEST_F(RecordSetThreads, PushersCursorUsersAndFindersLeaveWhatTheyPushed) {
 }
 
 TEST_F(RecordSetThreads, ClearingMeetsPushingWithoutLosingCount) {
-  const int iMissedBefore = CSMSRecordSetImpl::GetMissCount();
+  const int iMissedBefore = CSMSRecordSetImpl::m_iMissCount;
   CSMSRecordSetImpl set;
   RunTogether({[&] { PushAndRemove(set, 0); }, [&] { PushAndRemove(set, 1000); },
                [&] {
@@ -106,19 +106,19 @@ TEST_F(RecordSetThreads, ClearingMeetsPushingWithoutLosingCount) {
                  }
                },
                [&] { WalkTheCursor(set); }});
-  EXPECT_EQ(set.GetUnReadSMSCount(), CSMSRecordSetImpl::GetMissCount() - iMissedBefore);
+  EXPECT_EQ(set.GetUnReadSMSCount(), CSMSRecordSetImpl::m_iMissCount - iMissedBefore);
   set.ClearSMSRecord();
-  EXPECT_EQ(0, CSMSRecordSetImpl::GetMissCount() - iMissedBefore);
+  EXPECT_EQ(0, CSMSRecordSetImpl::m_iMissCount - iMissedBefore);
 }
 
 TEST_F(RecordSetThreads, SetsOfTheirOwnShareTheMissCount) {
-  const int iMissedBefore = CSMSRecordSetImpl::GetMissCount();
+  const int iMissedBefore = CSMSRecordSetImpl::m_iMissCount;
   const auto work = [] {
     CSMSRecordSetImpl set;
     PushAndRemove(set, 0);
   };
   RunTogether({work, work, work, work});
-  EXPECT_EQ(iMissedBefore, CSMSRecordSetImpl::GetMissCount());
+  EXPECT_EQ(iMissedBefore, CSMSRecordSetImpl::m_iMissCount);
 }
 
 }  // namespace
