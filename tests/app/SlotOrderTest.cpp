@@ -1,8 +1,14 @@
 // The order of the virtual operations: plug-ins built apart agree on it.
 #include "IBasePlugin.h"
+#include "ISMSEvent.h"
 #include "ISMSRecordSet.h"
+#include "ISMSService.h"
 #include "ISMSSetting.h"
+#include "SMSMgr.h"
 #include "SMSRecordSetImpl.h"
+#include "services/ICellBroadcast.h"
+#include "services/IDeviceMgrEvent.h"
+#include "services/IUniCommEvent.h"
 
 #include <gtest/gtest.h>
 #include <cstddef>
@@ -71,6 +77,34 @@ TEST(SlotOrder, OfTheSettings) {
              &ISMSSetting::GetSMSPriority, &ISMSSetting::SetSMSPriority, &ISMSSetting::AddCBSChannel,
              &ISMSSetting::CBSGetDetail, &ISMSSetting::RemoveCBSChannel, &ISMSSetting::CBSReleaseDetail,
              &ISMSSetting::CBSSetService);
+}
+
+TEST(SlotOrder, OfTheService) {
+  ExpectFrom(2, &ISMSService::SendMsg, &ISMSService::CancelSendMsg, &ISMSService::GetSMSRecordSet, &ISMSService::GetMsg,
+             &ISMSService::SaveMsg, &ISMSService::UpdateMsg, &ISMSService::DeleteMsg, &ISMSService::RemoveRecord,
+             &ISMSService::GetMsgSplitCount, &ISMSService::RegCallBack, &ISMSService::DeRegCallBack,
+             &ISMSService::GetRecordInfo, &ISMSService::GetSMSSetting, &ISMSService::CreateSMSRecordSet,
+             &ISMSService::CreateSMSRecord, &ISMSService::ReleaseSMSRecord, &ISMSService::Phonebook_Content_Encode,
+             &ISMSService::Phonebook_Content_Coding_Judge, &ISMSService::BeginTransaction, &ISMSService::EndTransaction,
+             &ISMSService::CutAllToLocal, &ISMSService::RegisterCallBackForMms, &ISMSService::UnRegisterCallBackForMms);
+}
+
+TEST(SlotOrder, OfTheSinksHasNothingInFront) {
+  ExpectFrom(0, &ISMSEvent::OnSendReport, &ISMSEvent::OnNewMessage, &ISMSEvent::OnServiceState,
+             &ISMSEvent::OnRecordAdded, &ISMSEvent::OnStoreReady, &ISMSEvent::OnRecordChanged);
+  ExpectFrom(0, &IDeviceMgrEvent::OnDeviceMgrEvent);
+  ExpectFrom(0, &IUniCommEvent::OnUniCommEvent);
+}
+
+TEST(SlotOrder, OfTheBroadcastOperations) {
+  ExpectFrom(0, &ICellBroadcast::CBSSetService, &ICellBroadcast::CBSGetDetail, &ICellBroadcast::CBSReleaseDetail,
+             &ICellBroadcast::CBSAddChannel, &ICellBroadcast::CBSRemoveChannel);
+}
+
+TEST(SlotOrder, OfAStorePutsTheDestructorFirst) {
+  ExpectFrom(2, &CSMSMgr::GetReocrdList, &CSMSMgr::SaveRecord, &CSMSMgr::GetRecord, &CSMSMgr::UpdateRecord,
+             &CSMSMgr::DeleteRecord, &CSMSMgr::RemoveRecord, &CSMSMgr::GetRecordInfo, &CSMSMgr::StartThread,
+             &CSMSMgr::BackBeforeInit, &CSMSMgr::CheckIsFull);
 }
 
 }  // namespace
