@@ -5,7 +5,8 @@
 #include "SMSDef.h"
 
 /// Ownership: a record from ISMSService::CreateSMSRecord or ISMSRecordSet::GetSMSRecordCopy belongs to the caller, who
-/// ends it with Release() or ISMSService::ReleaseSMSRecord. Records handed to callbacks live during the call only.
+/// ends it with Release(), never through a null pointer, or with ISMSService::ReleaseSMSRecord. Records handed to
+///   callbacks live during the call only.
 /// Threads: no lock; one holder at a time.
 /// Text: pointers returned live until the field is changed or the record ends. Setters copy; null changes nothing.
 /// Time: fourteen digits of local time, YYYYMMDDhhmmss; received messages keep the text that came with them.

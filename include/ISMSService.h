@@ -40,9 +40,10 @@ public:
   /// @return FAILURE, lCount untouched: no message service, or (inside a callback) not stopped yet.
   virtual long CancelSendMsg(long& lCount) = 0;
 
-  // --- Records: the store is chosen by iStorage (NS_SMS::STORAGE_KIND) or by the record's position
-  // --------------------- An identifier means something only within one store. A record whose position says another
-  // store than the one its identifier comes from acts on that other store's message of the same number, or fails.
+  // --- Records -------------------------------------------------------------------------------------------------------
+  // The store is chosen by iStorage (NS_SMS::STORAGE_KIND) or by the record's position. An identifier means something
+  // only within one store: a record whose position says another store than the one its identifier comes from acts on
+  // that other store's message of the same number, or fails.
 
   /// The store's live set, cursor on the first record; null for an unknown or missing store. Waits for a first load of
   /// the local store. Valid until the service ends; device sets are emptied when the device goes away.
@@ -93,9 +94,9 @@ public:
   virtual int Phonebook_Content_Coding_Judge(const VELK_wchar_t* pszText, int iLength, bool bSupportGsm7,
                                              bool bAllCodings) = 0;
 
-  // --- Transactions of the local store; one belongs to the thread that began it
-  // --- Changes by others wait for its end, ten seconds at most. Inside a callback a change answers FAILURE when the
-  // --- transaction in turn needs that callback to end.
+  // --- Transactions of the local store -------------------------------------------------------------------------------
+  // One belongs to the thread that began it; changes by others wait for its end, ten seconds at most. Inside a callback
+  // a change answers FAILURE when the transaction in turn needs that callback to end.
 
   virtual long BeginTransaction() = 0;
   virtual long EndTransaction() = 0;

@@ -23,7 +23,7 @@ public:
 
   /// For CDMA devices: every part of a long text begins with its number, "[2/5]", and is sent by itself. An empty text
   /// is one empty part. Beyond 999 parts the prefix is an opening bracket and zeros: no number fits it.
-  /// @param nSinglePackMaxSize  7-bit characters of one message, counted as 160 when more.
+  /// @param nSinglePackMaxSize  7-bit characters of one message; whatever it is, none holds more than 160 units.
   static int DivideCdmaSmContent(const VELK_wchar_t* pszSrcChar, int nSrcCharLen, SMS_PARAM* pstSmsPack,
                                  int nSmsPackBuffSize, int nSinglePackMaxSize);
 
