@@ -251,6 +251,7 @@ struct AgeRow {
 class LocalStoreCleanup : public testing::TestWithParam<AgeRow> {};
 
 TEST_P(LocalStoreCleanup, RemovesBroadcastsFromTheMidnightThatStartsTheirDay) {
+  const JManualClock clock(1795176000);  // no midnight passes meanwhile
   CStoreHome home(BroadcastsOn(GetParam().days));
   SaveDated(home, {MakeBroadcast(u"page", DaysFromToday(GetParam().dated)), MakeRecord(u"text")});
   home.Restart();
