@@ -4,19 +4,20 @@
 #include "LocalDatabaseFile.h"
 #include "LocalDatabaseNames.h"
 #include "platform/JClock.h"
-#include "platform/JEvent.h"
 #include "platform/TraceSrv.h"
 
 #include <sqlite3.h>
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
+#include <thread>
 
 using namespace database_names;
 
 namespace {
 
-constexpr unsigned int kBusyPollMs = 20;
+constexpr std::chrono::milliseconds kBusyPoll{20};
 constexpr int kOk = DB_ERROR_OK;
 constexpr int kNoRow = DB_ERROR_RECORD_NOT_EXSIST;
 
@@ -124,8 +125,7 @@ bool CDatabaseSession::StartLog(std::string& mode) {
     if ((sqlite3_errcode(m_pDb) & 0xFF) != SQLITE_BUSY || JClock::MonotonicMs() >= deadline) {
       return false;
     }
-    JEvent pause;
-    pause.WaitForSingleObject(kBusyPollMs);
+    std::this_thread::sleep_for(kBusyPoll);  // another program cannot wake us
   }
   return true;
 }
@@ -170,8 +170,7 @@ int CDatabaseSession::WaitWhileBusy(void* pSession, int iTimes) {
   } else if (JClock::MonotonicMs() - pSelf->m_llBusySince >= kDatabaseWaitMs) {
     return 0;
   }
-  JEvent pause;
-  pause.WaitForSingleObject(kBusyPollMs);
+  std::this_thread::sleep_for(kBusyPoll);
   return 1;
 }
 

@@ -43,6 +43,8 @@ public:
 
   /// A load has been attempted.
   bool GetInitFlag() const { return m_bInit; }
+  /// Waits for the end of the load that construction or StartThread began. @return false: it takes longer.
+  bool AwaitLoadThread(unsigned int uTimeoutMs) const { return m_InitThread.WaitForEnd(uTimeoutMs); }
 
   /// A transaction belongs to the calling thread; changes of other threads wait for its end.
   long BeginTransaction();

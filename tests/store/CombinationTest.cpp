@@ -79,6 +79,7 @@ TEST(Combination, ReportsTheNewRowToItsCallerAndChangesTheRecordInPlace) {
 }
 
 TEST(Combination, TakesEveryOtherFieldFromTheIncomingPart) {
+  const JManualClock clock(1795176000);  // the day of the parts: what is not received is stamped with the present
   CStoreHome home;
   CSMSRecordImpl first = MakePart(u"a", 1, 2);
   first.SetIsRead(NS_SMS::IS_READ);

@@ -197,7 +197,8 @@ TEST(LocalStoreFault, TellsOnceThatALoadWithoutADatabaseFailed) {
   {
     CFileSMSImpl store(nullptr);
     store.GetReocrdList();
-  }  // its load thread has ended
+    ASSERT_TRUE(store.AwaitLoadThread(20000));
+  }
   EXPECT_EQ(1, trace.Count("ReadRecordindex Fail"));
   EXPECT_EQ(1, trace.Count("DB stop EndTransaction failed"));
 }

@@ -104,6 +104,7 @@ void CStoreHome::Open(CSMSServiceImpl* service) {
   Close();
   m_pStore = std::make_unique<CFileSMSImpl>(service);
   m_pStore->GetReocrdList();
+  EXPECT_TRUE(m_pStore->AwaitLoadThread(20000));
 }
 
 std::vector<std::string> CStoreHome::Rows() {
