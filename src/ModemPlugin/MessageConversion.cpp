@@ -9,8 +9,9 @@ namespace modem {
 
 namespace {
 
-const WORD kMmsPort = 2948;      // WAP push, connectionless (OMA push over SMS)
-const char kUcs2ByCarrier = 12;  // the carrier's 16-bit coding travels as UCS-2
+const char kUcs2ByCarrier = 12;     // the carrier's 16-bit coding travels as UCS-2
+const BYTE kReturnCall = 0x5F;      // TP-PID of a return call message (3GPP TS 23.040, 9.2.3.9)
+const VELK_wchar_t kNull = 0x2400;  // stands for the unit 0 in a content, which would end there
 const BYTE kDcs8Bit = 0x04;
 const BYTE kDcsUcs2 = 0x08;
 
@@ -31,61 +32,99 @@ void CopyAscii(const sms_pdu::Address& address, char (&out)[Room]) {
   sms_pdu::AddressToAscii(address, out, Room);
 }
 
-/// Text as it is; 8-bit content one unit an octet.
+/// Text as it is; 8-bit and compressed content one unit an octet.
 void CopyContent(const sms_pdu::UserData& data, SMReadRecord& record) {
   std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
   if (data.octetCount > 0) {
-    record.dwLength = std::min<DWORD>(data.octetCount, 160);
+    record.dwLength = data.octetCount;
     std::copy_n(data.octets, record.dwLength, record.wszContent);
-    return;
+  } else {
+    record.dwLength = data.textLength;
+    std::copy_n(data.text, data.textLength, record.wszContent);
   }
-  record.dwLength = data.textLength;
-  std::copy_n(data.text, data.textLength, record.wszContent);
+  std::replace(record.wszContent, record.wszContent + record.dwLength, u'\0', kNull);
+}
+
+/// @return total 0 for a message that is not divided.
+sms_pdu::Concatenation PlaceOf(const sms_pdu::UserData& data) {
+  sms_pdu::Concatenation place;
+  return sms_pdu::FindConcatenation(data.header, &place) && place.total > 1 ? place : sms_pdu::Concatenation();
 }
 
 void CopyLongMessage(const sms_pdu::UserData& data, SMReadRecord& record) {
-  sms_pdu::Concatenation part;
-  if (sms_pdu::FindConcatenation(data.header, &part) && part.total > 1) {
-    record.stLongSMS_info.btMR = static_cast<BYTE>(part.reference & 0xFF);
-    record.stLongSMS_info.btTotalPack = part.total;
-    record.stLongSMS_info.btPack = part.sequence;
-  }
+  const sms_pdu::Concatenation place = PlaceOf(data);
+  record.stLongSMS_info.btMR = static_cast<BYTE>(place.reference & 0xFF);
+  record.stLongSMS_info.btTotalPack = place.total;
+  record.stLongSMS_info.btPack = place.sequence;
 }
 
-/// A push to the MMS port: WSP header (transaction, type, header length, headers), then the notification.
-void CopyMmsNotification(const sms_pdu::UserData& data, SMReadRecord& record) {
+/// @param head  octets of the session header at the beginning.
+void CopyMmsNotification(const sms_pdu::UserData& data, std::size_t head, SMReadRecord& record) {
   MMS_NOTIFY_DATA& mms = record.stMMS_Notify_Data;
-  const std::size_t count = data.octetCount;
-  const std::size_t headers = count > 3 ? std::min<std::size_t>(3u + data.octets[2], count) : count;
-  mms.iWSPLen = static_cast<int>(headers);
-  mms.iDATALen = static_cast<int>(count - headers);
-  std::memcpy(mms.szWSP, data.octets, headers);
-  std::memcpy(mms.szDATA, data.octets + headers, count - headers);
+  const std::size_t body = data.octetCount - head;
+  mms.iWSPLen = static_cast<int>(head);
+  mms.iDATALen = static_cast<int>(body);
+  std::memcpy(mms.szWSP, data.octets, head);
+  std::memcpy(mms.szDATA, data.octets + head, body);
 }
 
-SMS_IDENTIFYER KindOf(const sms_pdu::Deliver& message) {
+/// @return false: the message is no part of an MMS notification.
+bool ReadMmsNotification(const sms_pdu::UserData& data, const ReadRules& rules, SMReadRecord& record) {
   sms_pdu::Ports ports;
-  if (sms_pdu::FindPorts(message.userData.header, &ports) && ports.destination == kMmsPort &&
-      message.userData.octetCount > 0) {
-    return SMS_IDENTIFYER_MMS_NOTIFY;
+  if (data.octetCount == 0 || !sms_pdu::FindPorts(data.header, &ports) || ports.destination != kWapPushPort) {
+    return false;
   }
-  const sms_pdu::DataCoding coding = sms_pdu::ParseDataCoding(message.userData.dcs);
-  const bool voiceMail = coding.indication && coding.indicationActive && coding.waiting == sms_pdu::Waiting::VoiceMail;
-  return voiceMail ? SMS_IDENTIFYER_VOICE_MAIL : SMS_IDENTIFYER_ORDINARILY;
+  const sms_pdu::Concatenation place = PlaceOf(data);
+  WapPush push;
+  const bool first = place.sequence <= 1;
+  const bool says = first && ReadWapPush(data.octets, data.octetCount, push) && push.bMmsNotification;
+  const bool mms = rules.pPushes != nullptr ? rules.pPushes->IsMmsPart(record.szAddress, place, says) : !first || says;
+  if (mms) {
+    CopyMmsNotification(data, first ? push.headOctets : 0, record);
+  }
+  return mms;
 }
 
-bool ReadDeliver(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+/// Voice mail that waits, by a header element (3GPP TS 23.040, 9.2.3.24.2 and 9.2.3.24.13).
+bool HeaderTellsVoiceMail(const sms_pdu::UserDataHeader& header) {
+  const BYTE kType = 0x1F;  // 0: voice mail; the other bits say whether to store, and whose it is
+  const BYTE kEnhancedVoiceMail = 0x23;
+  const BYTE kDeleteConfirmation = 0x01;
+  bool waits = false;
+  sms_pdu::HeaderElement element;
+  for (std::size_t position = 0; sms_pdu::NextElement(header, &position, &element);) {
+    const bool simple = element.id == sms_pdu::kIeSpecialIndication && element.length == 2 &&
+                        (element.data[0] & kType) == 0 && element.data[1] > 0;
+    const bool enhanced =
+        element.id == kEnhancedVoiceMail && element.length > 0 && (element.data[0] & kDeleteConfirmation) == 0;
+    waits = waits || simple || enhanced;
+  }
+  return waits;
+}
+
+bool IsVoiceMail(const sms_pdu::Deliver& message) {
+  const sms_pdu::DataCoding coding = sms_pdu::ParseDataCoding(message.userData.dcs);
+  return (coding.indication && coding.indicationActive && coding.waiting == sms_pdu::Waiting::VoiceMail) ||
+         HeaderTellsVoiceMail(message.userData.header) || message.protocolId == kReturnCall;
+}
+
+UTTime TimeBy(const ReadRules& rules, const sms_pdu::TimeStamp& time) {
+  return rules.bNetworkTime ? ToNetworkTime(time) : ToLocalTime(time);
+}
+
+bool ReadDeliver(const BYTE* octets, std::size_t size, const ReadRules& rules, SMReadRecord& record) {
   sms_pdu::Deliver message;
   if (sms_pdu::DecodeDeliver(octets, size, &message) != sms_pdu::PduError::None) {
     return false;
   }
-  record.enType = KindOf(message);
-  record.stTime = ToLocalTime(message.time);
+  record.stTime = TimeBy(rules, message.time);
   CopyAscii(message.originator, record.szAddress);
   CopyContent(message.userData, record);
   CopyLongMessage(message.userData, record);
-  if (record.enType == SMS_IDENTIFYER_MMS_NOTIFY) {
-    CopyMmsNotification(message.userData, record);
+  if (ReadMmsNotification(message.userData, rules, record)) {
+    record.enType = SMS_IDENTIFYER_MMS_NOTIFY;
+  } else if (IsVoiceMail(message)) {
+    record.enType = SMS_IDENTIFYER_VOICE_MAIL;
   }
   const int messageClass = sms_pdu::ParseDataCoding(message.userData.dcs).messageClass;
   record.enSmClass = messageClass >= 0 ? static_cast<SMS_CLASS>(messageClass) : SMS_CLASS_INVALID;
@@ -94,13 +133,13 @@ bool ReadDeliver(const BYTE* octets, std::size_t size, SMReadRecord& record) {
 }
 
 /// The first unit of a report's content tells the outcome: 0 delivered, else the status of the network.
-bool ReadStatusReport(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+bool ReadStatusReport(const BYTE* octets, std::size_t size, const ReadRules& rules, SMReadRecord& record) {
   sms_pdu::StatusReport report;
   if (sms_pdu::DecodeStatusReport(octets, size, &report) != sms_pdu::PduError::None) {
     return false;
   }
   record.enType = SMS_IDENTIFYER_REPORT;
-  record.stTime = ToLocalTime(report.dischargeTime);
+  record.stTime = TimeBy(rules, report.dischargeTime);
   CopyAscii(report.recipient, record.szAddress);
   std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
   if (sms_pdu::OutcomeOf(report.status) != sms_pdu::Outcome::Delivered) {
@@ -121,7 +160,7 @@ bool ReadSubmit(const BYTE* octets, std::size_t size, SMReadRecord& record) {
   return true;
 }
 
-bool ReadTpdu(const BYTE* octets, std::size_t size, SMReadRecord& record) {
+bool ReadTpdu(const BYTE* octets, std::size_t size, const ReadRules& rules, SMReadRecord& record) {
   if (size == 0) {
     return false;
   }
@@ -129,8 +168,8 @@ bool ReadTpdu(const BYTE* octets, std::size_t size, SMReadRecord& record) {
     return ReadSubmit(octets, size, record);
   }
   return sms_pdu::TypeTowardsDevice(octets[0]) == sms_pdu::TpduType::StatusReport
-             ? ReadStatusReport(octets, size, record)
-             : ReadDeliver(octets, size, record);
+             ? ReadStatusReport(octets, size, rules, record)
+             : ReadDeliver(octets, size, rules, record);
 }
 
 void KeepAsText(const std::string& hex, SMReadRecord& record) {
@@ -189,8 +228,13 @@ sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
     return sms_pdu::SetText(&data, part.wszContent, length);
   }
   BYTE octets[160];
-  std::transform(part.wszContent, part.wszContent + length, octets,
-                 [](VELK_wchar_t unit) { return static_cast<BYTE>(unit); });
+  for (std::size_t unit = 0; unit < length; ++unit) {
+    const VELK_wchar_t value = part.wszContent[unit] == kNull ? u'\0' : part.wszContent[unit];
+    if (value > 0xFF) {
+      return sms_pdu::PduError::UnencodableCharacter;
+    }
+    octets[unit] = static_cast<BYTE>(value);
+  }
   return sms_pdu::SetOctets(&data, octets, length);
 }
 
@@ -219,6 +263,10 @@ std::string Ascii(const char (&field)[Room]) {
 }
 
 }  // namespace
+
+UTTime ToNetworkTime(const sms_pdu::TimeStamp& time) {
+  return UTTime{time.year, time.month, time.day, time.hour, time.minute, time.second};
+}
 
 UTTime ToLocalTime(const sms_pdu::TimeStamp& time) {
   UTTime local;
@@ -261,7 +309,7 @@ sms_pdu::TimeStamp FromLocalTime(const UTTime& local) {
   return time;
 }
 
-SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat) {
+SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat, const ReadRules& rules) {
   SMReadRecord record;
   record.enSMStat = enStat;
   BYTE octets[sms_pdu::kPduOctets];
@@ -272,7 +320,7 @@ SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat) {
   const bool read =
       sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) == sms_pdu::PduError::None &&
       sms_pdu::DecodeServiceCentre(octets, size, &centre, &front, &defects) == sms_pdu::PduError::None &&
-      ReadTpdu(octets + front, size - front, record);
+      ReadTpdu(octets + front, size - front, rules, record);
   if (read) {
     CopyAscii(centre, record.szSCNum);
   } else {

@@ -111,7 +111,33 @@ TEST(MessageConversion, ReadsOctetsAsOneUnitEach) {
   }
   sms_pdu::SetOctets(&message.userData, octets, sizeof octets);
   const SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
-  EXPECT_EQ(VELK_wstring(octets, octets + 140), ContentOf(record));
+  VELK_wstring expected(octets, octets + 140);
+  std::replace(expected.begin(), expected.end(), u'\0', u'\u2400');  // readers would stop at a zero
+  EXPECT_EQ(expected, ContentOf(record));
+}
+
+TEST(MessageConversion, ShowsCompressedTextAsItsOctets) {
+  sms_pdu::Deliver message = Received(0x20, u"");
+  const BYTE octets[] = {0x00, 0x41, 0xFF};
+  sms_pdu::SetOctets(&message.userData, octets, sizeof octets);
+  const SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  EXPECT_EQ(u"\u2400A\u00FF", ContentOf(record));
+  EXPECT_STREQ("+491710000002", record.szAddress);
+}
+
+TEST(MessageConversion, ReadsReservedCodingsAsTheDefaultAlphabet) {
+  for (const int dcs : {0x80, 0x90, 0xA5, 0xBF}) {
+    const std::string hex = HexOf(Received(static_cast<BYTE>(dcs), u"Hello"));
+    EXPECT_EQ(u"Hello", ContentOf(ReadPdu(hex, SMS_STAT_UNREAD))) << dcs;
+  }
+}
+
+TEST(MessageConversion, ReadsAlphanumericAndNationalSenders) {
+  for (const char* const sender : {"My Bank", "01711234567", "72345", "+491710000002"}) {
+    sms_pdu::Deliver message = Received(0, u"x");
+    ASSERT_EQ(sms_pdu::PduError::None, sms_pdu::MakeAddress(sender, &message.originator));
+    EXPECT_STREQ(sender, ReadPdu(HexOf(message), SMS_STAT_UNREAD).szAddress);
+  }
 }
 
 TEST(MessageConversion, ReadsThePlaceInALongMessage) {
@@ -155,25 +181,209 @@ TEST(MessageConversion, TellsVoiceMailWhileItWaits) {
   EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, ReadPdu(HexOf(Received(0xC9, u"fax")), SMS_STAT_UNREAD).enType);
 }
 
-TEST(MessageConversion, TakesAnMmsPushApart) {
+struct IndicationCase {
+  const char* name;
+  BYTE id;
+  std::string data;
+  SMS_IDENTIFYER expected;
+};
+
+TEST(MessageConversion, TellsVoiceMailByAHeaderElement) {
+  const IndicationCase cases[] = {{"two wait", 1, {"\x00\x02", 2}, SMS_IDENTIFYER_VOICE_MAIL},
+                                  {"stored", 1, {"\x80\x01", 2}, SMS_IDENTIFYER_VOICE_MAIL},
+                                  {"of the second profile", 1, {"\x20\x01", 2}, SMS_IDENTIFYER_VOICE_MAIL},
+                                  {"none waits", 1, {"\x00\x00", 2}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"fax", 1, {"\x01\x02", 2}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"video", 1, {"\x07\x02", 2}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"cut", 1, {"\x00", 1}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"enhanced", 0x23, {"\x00\x05\x81\x21", 4}, SMS_IDENTIFYER_VOICE_MAIL},
+                                  {"enhanced, deleted", 0x23, {"\x01\x05\x81\x21", 4}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"enhanced, empty", 0x23, "", SMS_IDENTIFYER_ORDINARILY}};
+  for (const IndicationCase& row : cases) {
+    sms_pdu::Deliver message = Received(0, u"");
+    const auto* const data = reinterpret_cast<const BYTE*>(row.data.data());
+    ASSERT_TRUE(sms_pdu::AddElement(&message.userData.header, row.id, data, row.data.size()));
+    sms_pdu::SetText(&message.userData, u"call", 4);
+    EXPECT_EQ(row.expected, ReadPdu(HexOf(message), SMS_STAT_UNREAD).enType) << row.name;
+  }
+}
+
+TEST(MessageConversion, CountsAReturnCallMessageAsVoiceMail) {
+  sms_pdu::Deliver message = Received(0, u"call back");
+  message.protocolId = 0x5F;
+  EXPECT_EQ(SMS_IDENTIFYER_VOICE_MAIL, ReadPdu(HexOf(message), SMS_STAT_UNREAD).enType);
+}
+
+// --- WAP push --------------------------------------------------------------------------------------------------------
+
+/// @param total  0: not divided.
+std::string PushOf(const VELK_wstring& octets, BYTE total = 0, BYTE sequence = 0, WORD reference = 9,
+                   WORD port = kWapPushPort) {
   sms_pdu::Deliver message = Received(4, u"");
   sms_pdu::Ports ports;
-  ports.destination = 2948;
-  ASSERT_TRUE(sms_pdu::AddPorts(&message.userData.header, ports));
-  const BYTE push[] = {0x01, 0x06, 0x02, 'h', 'h', 'b', 'o', 'd', 'y'};
-  sms_pdu::SetOctets(&message.userData, push, sizeof push);
-  SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  ports.destination = port;
+  EXPECT_TRUE(sms_pdu::AddPorts(&message.userData.header, ports));
+  if (total != 0) {
+    EXPECT_TRUE(sms_pdu::AddConcatenation(&message.userData.header, {reference, total, sequence, reference > 0xFF}));
+  }
+  std::vector<BYTE> bytes(octets.begin(), octets.end());
+  EXPECT_EQ(sms_pdu::PduError::None, sms_pdu::SetOctets(&message.userData, bytes.data(), bytes.size()));
+  return HexOf(message);
+}
+
+std::string HeadOf(const SMReadRecord& record) {
+  return std::string(record.stMMS_Notify_Data.szWSP, static_cast<std::size_t>(record.stMMS_Notify_Data.iWSPLen));
+}
+
+std::string BodyOf(const SMReadRecord& record) {
+  return std::string(record.stMMS_Notify_Data.szDATA, static_cast<std::size_t>(record.stMMS_Notify_Data.iDATALen));
+}
+
+TEST(MmsPush, IsTakenApartIntoHeadAndBody) {
+  const SMReadRecord record = ReadPdu(PushOf(u"\x01\x06\x03\xBE\xAF\x84"
+                                             u"body"),
+                                      SMS_STAT_UNREAD);
   ASSERT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, record.enType);
-  EXPECT_EQ("\x01\x06\x02hh",
-            std::string(record.stMMS_Notify_Data.szWSP, static_cast<std::size_t>(record.stMMS_Notify_Data.iWSPLen)));
-  EXPECT_EQ("body",
-            std::string(record.stMMS_Notify_Data.szDATA, static_cast<std::size_t>(record.stMMS_Notify_Data.iDATALen)));
-  // a header that claims to be longer than the message
-  const BYTE lying[] = {0x01, 0x06, 0xFF, 'h'};
-  sms_pdu::SetOctets(&message.userData, lying, sizeof lying);
-  record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
-  EXPECT_EQ(4, record.stMMS_Notify_Data.iWSPLen);
+  EXPECT_EQ("\x01\x06\x03\xBE\xAF\x84", HeadOf(record));
+  EXPECT_EQ("body", BodyOf(record));
+  EXPECT_EQ(0, record.stLongSMS_info.btTotalPack);
+}
+
+TEST(MmsPush, MayHaveAHeadWhoseLengthTakesTwoOctets) {
+  const VELK_wstring head = u"\x01\x06\x81\x02\xBE" + VELK_wstring(128, u'x') + u'\0';
+  const SMReadRecord record = ReadPdu(PushOf(head.substr(0, 132) + u"\x01"), SMS_STAT_UNREAD);
+  ASSERT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, record.enType);
+  EXPECT_EQ(133, record.stMMS_Notify_Data.iWSPLen) << "the head goes on in the next part";
   EXPECT_EQ(0, record.stMMS_Notify_Data.iDATALen);
+}
+
+struct PushCase {
+  const char* name;
+  VELK_wstring octets;
+  SMS_IDENTIFYER expected;
+};
+
+TEST(MmsPush, IsKnownByContentTypeAndApplication) {
+  const SMS_IDENTIFYER mms = SMS_IDENTIFYER_MMS_NOTIFY;
+  const SMS_IDENTIFYER other = SMS_IDENTIFYER_ORDINARILY;
+  const VELK_wstring name = u"application/vnd.wap.mms-message";
+  const VELK_wstring nul(1, u'\0');
+  const PushCase cases[] = {{"number",
+                             u"\x01\x06\x01\xBE"
+                             u"b",
+                             mms},
+                            {"confirmed",
+                             u"\x01\x07\x01\xBE"
+                             u"b",
+                             mms},
+                            {"name", u"\x01\x06\x20" + name + nul + u"b", mms},
+                            {"name in capitals",
+                             u"\x01\x06\x20"
+                             u"Application/vnd.WAP.mms-message" +
+                                 nul + u"b",
+                             mms},
+                            {"general form",
+                             u"\x01\x06\x04\x03\xBE\x81\xEA"
+                             u"b",
+                             mms},
+                            {"general form, long number",
+                             u"\x01\x06\x03\x02\x01\x3E"
+                             u"b",
+                             mms},
+                            {"general form, long length",
+                             u"\x01\x06\x03\x1F\x01\xBE"
+                             u"b",
+                             mms},
+                            {"general form, name", u"\x01\x06\x22\x1F\x20" + name + nul + u"b", mms},
+                            {"application by number",
+                             u"\x01\x06\x03\xBE\xAF\x84"
+                             u"b",
+                             mms},
+                            {"application by long number",
+                             u"\x01\x06\x04\xBE\xAF\x01\x04"
+                             u"b",
+                             mms},
+                            {"application by name", u"\x01\x06\x1B\xBE\xAFx-wap-application:mms.ua" + nul + u"b", mms},
+                            {"application behind others",
+                             u"\x01\x06\x09\xBE\x8D\x02\x01\x01\xB4\x87\xAF\x82"
+                             u"b",
+                             other},
+                            {"another application",
+                             u"\x01\x06\x03\xBE\xAF\x82"
+                             u"b",
+                             other},
+                            {"service indication",
+                             u"\x01\x06\x01\xAE"
+                             u"b",
+                             other},
+                            {"another name",
+                             u"\x01\x06\x0B"
+                             u"text/plain" +
+                                 nul + u"b",
+                             other},
+                            {"no push",
+                             u"\x01\x04\x01\xBE"
+                             u"b",
+                             other},
+                            {"no end of the length", u"\x01\x06\xFF\xFF\xFF\xFF\xFF\x01\xBE", other},
+                            {"type cut",
+                             u"\x01\x06\x20"
+                             u"application/vnd.wap",
+                             other},
+                            {"nothing behind the length", u"\x01\x06\x05", other},
+                            {"one octet", u"\x01", other}};
+  for (const PushCase& row : cases) {
+    EXPECT_EQ(row.expected, ReadPdu(PushOf(row.octets), SMS_STAT_UNREAD).enType) << row.name;
+  }
+  EXPECT_EQ(other, ReadPdu(PushOf(u"\x01\x06\x01\xBE"
+                                  u"b",
+                                  0, 0, 0, 9200),
+                           SMS_STAT_UNREAD)
+                       .enType);
+}
+
+TEST(MmsPush, OfSeveralPartsIsHandedOverPartByPart) {
+  for (const WORD reference : {WORD(9), WORD(0x1209)}) {
+    const SMReadRecord first = ReadPdu(PushOf(u"\x01\x06\x01\xBE"
+                                              u"bo",
+                                              2, 1, reference),
+                                       SMS_STAT_UNREAD);
+    const SMReadRecord second = ReadPdu(PushOf(u"dy", 2, 2, reference), SMS_STAT_UNREAD);
+    for (const SMReadRecord* const part : {&first, &second}) {
+      ASSERT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, part->enType);
+      EXPECT_EQ(9, part->stLongSMS_info.btMR);
+      EXPECT_EQ(2, part->stLongSMS_info.btTotalPack);
+    }
+    EXPECT_EQ("\x01\x06\x01\xBE", HeadOf(first));
+    EXPECT_EQ("bo", BodyOf(first));
+    EXPECT_EQ("", HeadOf(second));
+    EXPECT_EQ("dy", BodyOf(second));
+  }
+}
+
+TEST(MmsPush, IsNotSeenInThePartsOfAnotherPush) {
+  CWapPushes pushes;
+  ReadRules rules;
+  rules.pPushes = &pushes;
+  const std::string indication = PushOf(
+      u"\x01\x06\x01\xAE"
+      u"h",
+      2, 1);
+  const std::string notification = PushOf(
+      u"\x01\x06\x01\xBE"
+      u"h",
+      2, 1);
+  const std::string second = PushOf(u"ref", 2, 2);
+  EXPECT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, ReadPdu(second, SMS_STAT_UNREAD, rules).enType) << "nothing is known yet";
+  EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, ReadPdu(indication, SMS_STAT_UNREAD, rules).enType);
+  const SMReadRecord record = ReadPdu(second, SMS_STAT_UNREAD, rules);
+  EXPECT_EQ(SMS_IDENTIFYER_ORDINARILY, record.enType);
+  EXPECT_EQ(u"ref", ContentOf(record));
+  EXPECT_EQ(2, record.stLongSMS_info.btPack);
+  EXPECT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, ReadPdu(PushOf(u"x", 2, 2, 10), SMS_STAT_UNREAD, rules).enType);
+  // the reference comes again
+  EXPECT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, ReadPdu(notification, SMS_STAT_UNREAD, rules).enType);
+  EXPECT_EQ(SMS_IDENTIFYER_MMS_NOTIFY, ReadPdu(second, SMS_STAT_UNREAD, rules).enType);
 }
 
 TEST(MessageConversion, TellsAReportsOutcomeInTheFirstUnit) {
@@ -234,6 +444,25 @@ TEST(MessageConversion, TurnsZonesToLocalTime) {
   EXPECT_EQ(0, ToLocalTime(sms_pdu::TimeStamp()).wYear);
 }
 
+TEST(MessageConversion, KeepsTheNetworksOwnTimeWhenAsked) {
+  const CZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+  ReadRules rules;
+  rules.bNetworkTime = true;
+  EXPECT_EQ("2024-05-06 07:08:09", TextOf(ReadPdu(HexOf(Received(0, u"x")), SMS_STAT_UNREAD, rules).stTime));
+}
+
+TEST(MessageConversion, ReadsAMessageWhoseTimeMakesNoSense) {
+  std::string hex = HexOf(Received(0, u"Hello"));
+  const std::size_t at = hex.find("42506070809080");
+  ASSERT_NE(std::string::npos, at);
+  for (const char* const digits : {"42F06070809080", "42316170809080", "00000000000000", "FFFFFFFFFFFFFF"}) {
+    hex.replace(at, 14, digits);
+    const SMReadRecord record = ReadPdu(hex, SMS_STAT_UNREAD);
+    EXPECT_EQ("0000-00-00 00:00:00", TextOf(record.stTime)) << digits;
+    EXPECT_EQ(u"Hello", ContentOf(record));
+  }
+}
+
 TEST(MessageConversion, SavesAReceivedMessageWithItsTime) {
   for (const char* name : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "<+0545>-5:45"}) {
     const CZone zone(name);
@@ -286,6 +515,7 @@ TEST(MessageConversion, SubmitsInTheCodingOfThePart) {
   EXPECT_EQ(4, octets.userData.dcs);
   ASSERT_EQ(2, octets.userData.octetCount);
   EXPECT_EQ(0xFF, octets.userData.octets[1]);
+  EXPECT_EQ(0, Submitted(Part(u"\u2400", 4), Config()).userData.octets[0]);
 }
 
 TEST(MessageConversion, SubmitsPartsWithPlaceAndTables) {
@@ -320,6 +550,7 @@ TEST(MessageConversion, RefusesWhatOneMessageCannotCarry) {
   EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(VELK_wstring(71, u'日'), 8), Config(), line));
   EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(u"日", 0), Config(), line));
   EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(Part(VELK_wstring(141, u'x'), 4), Config(), line));
+  EXPECT_EQ(sms_pdu::PduError::UnencodableCharacter, MakeSubmit(Part(u"\u0100", 4), Config(), line));
   SMS_PARAM part = Part(u"x");
   std::memset(part.szAddress, '1', sizeof part.szAddress);  // no terminator
   EXPECT_NE(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
