@@ -1,13 +1,11 @@
 #include "Modem.h"
 
 #include "Guarded.h"
+#include "Lines.h"
 #include "ModemStart.h"
-#include "platform/TraceSrv.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <tuple>
 
 namespace modem {
 
@@ -18,27 +16,6 @@ const unsigned int kSendLimitMs = 55000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kRetryMs = 1000;
 const char kNoThread[] = "the system refuses another thread. End some programs and try again.";
-
-SMS_MEM MemoryOf(const std::string& name) {
-  return name == "SM" ? SMS_MEM_SM : name == "ME" ? SMS_MEM_ME : SMS_MEM_UNKNOW;
-}
-
-const char* NameOf(SMS_MEM enMem) { return enMem == SMS_MEM_SM ? "SM" : "ME"; }
-
-bool StartsWith(const std::string& line, const char* prefix) { return line.rfind(prefix, 0) == 0; }
-
-auto FieldsOf(const UTTime& time) {
-  return std::tie(time.wYear, time.btMonth, time.btDay, time.btHour, time.btMinute, time.btSecond);
-}
-
-bool IsSameMessage(const SMReadRecord& left, const SMReadRecord& right) {
-  return left.dwLength == right.dwLength && left.enType == right.enType &&
-         std::equal(left.wszContent, left.wszContent + left.dwLength, right.wszContent) &&
-         std::strcmp(left.szAddress, right.szAddress) == 0 && FieldsOf(left.stTime) == FieldsOf(right.stTime) &&
-         std::memcmp(&left.stLongSMS_info, &right.stLongSMS_info, sizeof left.stLongSMS_info) == 0;
-}
-
-void TraceFault(const std::string& text) { TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", text.c_str()); }
 
 }  // namespace
 
@@ -364,149 +341,6 @@ void CModem::AskAgain() {
   if (connection && StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {
     AnnounceState();
   }
-}
-
-// --- unsolicited lines; on the reader's thread -----------------------------------------------------------------------
-
-void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
-  if (StartsWith(line, "+CMTI:") || StartsWith(line, "+CDSI:")) {
-    OnStored(line);
-  } else if (StartsWith(line, "+CMT:") || StartsWith(line, "+CDS:")) {
-    OnDirectMessage(data);
-  } else if (StartsWith(line, "+CBM:")) {
-    OnPage(data);
-  } else if (StartsWith(line, "+CREG:")) {
-    OnRegistration(line);
-  } else if (StartsWith(line, "+CPIN:")) {
-    OnSim(line);
-  }
-}
-
-void CModem::OnStored(const std::string& line) {
-  const std::vector<std::string> parameters = ParametersOf(line);
-  const SMS_MEM memory = parameters.size() < 2 ? SMS_MEM_UNKNOW : MemoryOf(parameters[0]);
-  SNewSmsNotifyType notice;
-  notice.enMem = memory;
-  if (memory == SMS_MEM_UNKNOW || !NumberOf(parameters[1], notice.hMsg)) {
-    TraceFault("a notice about a message that cannot be found: " + line);
-    return;
-  }
-  ForgetListed(memory, notice.hMsg);
-  m_events.Raise(CEventRaiser::Source::kMessages, WMS_RECEIVE_SMS_NOTIFY, notice);
-}
-
-void CModem::OnPage(const std::string& data) {
-  CBSMessage page;
-  if (ReadPage(data, page)) {
-    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, page);
-  } else {
-    TraceFault("a damaged broadcast page");
-  }
-}
-
-void CModem::OnSim(const std::string& line) {
-  const std::vector<std::string> parameters = ParametersOf(line);
-  ModemFacts told;
-  ReadSimState(parameters.empty() ? std::string() : parameters[0], told);
-  {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_bAvailable || (m_facts.sim == told.sim && m_facts.pin == told.pin)) {
-      return;
-    }
-    m_facts.sim = told.sim;
-    m_facts.pin = told.pin;
-  }
-  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_SIM_STATE, static_cast<DWORD>(told.sim));
-  if (told.sim == SIM_STATE_AVAILABLE) {
-    Queue([this] { AskAgain(); });
-  }
-}
-
-/// The network is told that the message has arrived only when the service has it.
-void CModem::OnDirectMessage(const std::string& data) {
-  const SMReadRecord record = ReadPdu(data, SMS_STAT_UNREAD);
-  const unsigned long event =
-      record.enType == SMS_IDENTIFYER_REPORT ? WMS_REPORT_STATUS_DIRECT : WMS_NEW_SMS_DIRECT_NOTIFY;
-  m_events.Raise(CEventRaiser::Source::kMessages, event, record, [this] { Queue([this] { Acknowledge(); }); });
-}
-
-void CModem::Acknowledge() {
-  if (Facts().acknowledges) {
-    Execute(CAtCommand("+CNMA"), "+CNMA:", kLimitMs);
-  }
-}
-
-void CModem::OnRegistration(const std::string& line) {
-  const SysSrvStatus status = RegistrationOf(line);
-  {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_toldNetwork = status;
-    if (m_facts.network == status) {
-      return;
-    }
-    m_facts.network = status;
-  }
-  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_NET_SERVER_STATUS, static_cast<DWORD>(status));
-}
-
-// --- memories --------------------------------------------------------------------------------------------------------
-
-CModem::CMemoryHold::CMemoryHold(CModem& modem, SMS_MEM enMem)
-    : m_hold(modem.m_memory), m_bOk((enMem == SMS_MEM_SM || enMem == SMS_MEM_ME) && Choose(modem, enMem)) {}
-
-bool CModem::CMemoryHold::Choose(CModem& modem, SMS_MEM enMem) {
-  if (modem.m_enChosen == enMem) {
-    return true;
-  }
-  const char* const name = NameOf(enMem);
-  CAtCommand command("+CPMS=");
-  command.Quoted(name).Quoted(name);
-  if (!modem.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
-    // some insist on the memory for new messages too; it stays what it is
-    const std::string received = modem.Facts().received;
-    command.Quoted(received.empty() ? name : received);
-    if (!modem.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
-      return false;
-    }
-  }
-  modem.m_enChosen = enMem;
-  return true;
-}
-
-/// Being listed has made unread messages read on the modem, not here.
-void CModem::RememberListing(SMS_MEM enMem, const MessageCache& messages) {
-  MessageCache fresh = messages;
-  const std::lock_guard<std::mutex> guard(m_cacheLock);
-  for (auto& message : fresh) {
-    const auto known = m_listed[enMem].find(message.first);
-    if (known != m_listed[enMem].end() && IsSameMessage(known->second, message.second)) {
-      message.second.enSMStat = known->second.enSMStat;
-    }
-  }
-  m_listed[enMem].swap(fresh);
-}
-
-void CModem::RememberRead(SMS_MEM enMem, MSG_HANDLE hMsg, const SMReadRecord& record) {
-  const std::lock_guard<std::mutex> guard(m_cacheLock);
-  m_listed[enMem].emplace(hMsg, record);
-}
-
-bool CModem::FindListed(SMS_MEM enMem, MSG_HANDLE hMsg, bool bMarkRead, SMReadRecord& record) {
-  const std::lock_guard<std::mutex> guard(m_cacheLock);
-  const auto it = m_listed[enMem].find(hMsg);
-  if (it == m_listed[enMem].end()) {
-    return false;
-  }
-  record = it->second;
-  if (bMarkRead && it->second.enSMStat == SMS_STAT_UNREAD) {
-    it->second.enSMStat = SMS_STAT_READ;
-  }
-  return true;
-}
-
-void CModem::ForgetListed(SMS_MEM enMem, MSG_HANDLE hMsg) {
-  const std::lock_guard<std::mutex> guard(m_cacheLock);
-  m_listed[enMem].erase(hMsg);
 }
 
 }  // namespace modem
