@@ -17,10 +17,15 @@ int CMessageStore::Add(StoredMessage message) {
   return static_cast<int>(free - m_lstPlaces.begin()) + 1;
 }
 
-StoredMessage* CMessageStore::At(int index) {
+const StoredMessage* CMessageStore::At(int index) const {
   if (!HasPlace(index)) return nullptr;
-  StoredMessage& place = m_lstPlaces[static_cast<std::size_t>(index - 1)];
+  const StoredMessage& place = m_lstPlaces[static_cast<std::size_t>(index - 1)];
   return place.pdu.empty() ? nullptr : &place;
+}
+
+StoredMessage* CMessageStore::At(int index) {
+  const CMessageStore& self = *this;
+  return const_cast<StoredMessage*>(self.At(index));
 }
 
 void CMessageStore::Remove(int index) {

@@ -31,6 +31,7 @@ public:
   int Add(StoredMessage message);
   /// @return null when the place is empty or does not exist; valid until it is removed.
   StoredMessage* At(int index);
+  const StoredMessage* At(int index) const;
   void Remove(int index);
 
 private:

@@ -53,6 +53,8 @@ public:
   void SetNetwork(bool present);
   /// Messages and reports that the centre has not been able to hand over yet.
   std::size_t Waiting() const { return m_lstWaiting.size(); }
+  /// What the card (SM) holds.
+  const CMessageStore& Card() const { return m_stores[static_cast<std::size_t>(Memory::Sim)]; }
 
 private:
   enum class State { Command, Prompt, Busy };
