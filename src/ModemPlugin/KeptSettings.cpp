@@ -12,6 +12,7 @@ const VELK_wchar_t kValidity[] = u"Validity";
 const VELK_wchar_t kStatusReport[] = u"StatusReport";
 const VELK_wchar_t kReplyPath[] = u"ReplyPath";
 const VELK_wchar_t kPriority[] = u"Priority";
+const VELK_wchar_t kNetworkTime[] = u"NetworkTime";
 
 /// @return the number, or -1 when there is none from 0 to `highest`.
 int ReadNumber(const VELK_wchar_t* pszItem, int highest) {
@@ -45,5 +46,7 @@ bool StoreKeptSettings(const WMSConfigurationType& before, const WMSConfiguratio
   const bool replyPath = WriteNumber(kReplyPath, before.bEnableReplyPath, now.bEnableReplyPath);
   return validity && priority && report && replyPath;
 }
+
+bool WantsNetworkTime() { return ReadNumber(kNetworkTime, 1) == 1; }
 
 }  // namespace modem

@@ -10,5 +10,8 @@ namespace modem {
 void LoadKeptSettings(WMSConfigurationType& config);
 /// Writes those that differ. @return false: not all of them could be written.
 bool StoreKeptSettings(const WMSConfigurationType& before, const WMSConfigurationType& now);
+/// "NetworkTime" of the same section: 1 when times of received messages stay those of the network's zone; else they
+/// become this computer's local time.
+bool WantsNetworkTime();
 
 }  // namespace modem

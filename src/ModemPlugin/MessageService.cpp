@@ -85,6 +85,7 @@ CMessageService::CMessageService(CModem& modem) : m_modem(modem) {
   m_config.dwValidity = kLongestValidity;
   m_config.enRevMode = RECEIVE_NEWSMS_AFTER_STORED;
   LoadKeptSettings(m_config);
+  m_modem.KeepNetworkTime(WantsNetworkTime());
 }
 
 bool CMessageService::RegEventSink(IUniCommEvent* pSink) {
@@ -177,19 +178,19 @@ bool CMessageService::SMSGetMsgList(SMS_MEM enMem, SMS_LIST* pstList, DWORD* pdw
     if (!Settle(reply, pdwStatus)) {
       return false;
     }
-    CModem::MessageCache messages;
+    CStoredMessages::Listing messages;
     for (std::size_t line = 0; line + 1 < reply.lines.size(); line += 2) {
       const std::vector<std::string> parameters = ParametersOf(reply.lines[line]);
       MSG_HANDLE index = 0;
       if (parameters.size() >= 2 && NumberOf(parameters[0], index)) {
-        messages.emplace(index, ReadPdu(reply.lines[line + 1], StateOf(parameters[1])));
+        messages.emplace(index, StoredPdu{reply.lines[line + 1], StateOf(parameters[1])});
       }
     }
-    m_modem.RememberListing(enMem, messages);
     std::vector<MSG_HANDLE> indexes;
     for (const auto& message : messages) {
       indexes.push_back(message.first);
     }
+    m_modem.Stored().Listed(enMem, std::move(messages));
     pstList->pList = ArrayOf(indexes);
     pstList->dwCount = static_cast<DWORD>(indexes.size());
     pstList->pSmReadRecord = nullptr;
@@ -210,23 +211,20 @@ bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord*
     if (phMsg == nullptr || pstRecord == nullptr || (enMem != SMS_MEM_SM && enMem != SMS_MEM_ME)) {
       return false;
     }
-    const bool markRead = iAlterMode == UNREAD_SM_ALTER;
-    if (m_modem.IsAvailable() && m_modem.FindListed(enMem, *phMsg, markRead, *pstRecord)) {
-      return Accept(pdwStatus);
+    StoredPdu message;
+    if (!m_modem.IsAvailable() || !m_modem.Stored().TakeListed(enMem, *phMsg, message)) {
+      const CModem::CMemoryHold hold(m_modem, enMem);
+      if (!hold.IsOk() || !ReadFromModem(*phMsg, message, pdwStatus)) {
+        return false;
+      }
     }
-    const CModem::CMemoryHold hold(m_modem, enMem);
-    if (!hold.IsOk() || !ReadFromModem(*phMsg, *pstRecord, pdwStatus)) {
-      return false;
-    }
-    // Reading has marked the message read on the modem; that it was unread is remembered here.
-    m_modem.RememberRead(enMem, *phMsg, *pstRecord);
-    SMReadRecord again;
-    m_modem.FindListed(enMem, *phMsg, markRead, again);
-    return true;
+    const SMS_STAT state = m_modem.Stored().Read(enMem, *phMsg, message, iAlterMode == UNREAD_SM_ALTER);
+    *pstRecord = ReadPdu(message.hex, state, m_modem.Rules());
+    return Accept(pdwStatus);
   });
 }
 
-bool CMessageService::ReadFromModem(MSG_HANDLE hMsg, SMReadRecord& record, DWORD* pdwStatus) {
+bool CMessageService::ReadFromModem(MSG_HANDLE hMsg, StoredPdu& message, DWORD* pdwStatus) {
   CAtCommand command("+CMGR=");
   const AtReply reply = m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGR:", kLimitMs);
   if (!Settle(reply, pdwStatus)) {
@@ -236,7 +234,8 @@ bool CMessageService::ReadFromModem(MSG_HANDLE hMsg, SMReadRecord& record, DWORD
     return Refuse(pdwStatus, kInvalidIndex);  // an empty place answers OK alone
   }
   const std::vector<std::string> parameters = ParametersOf(reply.lines[0]);
-  record = ReadPdu(reply.lines[1], parameters.empty() ? SMS_STAT_READ : StateOf(parameters[0]));
+  message.hex = reply.lines[1];
+  message.enStat = parameters.empty() ? SMS_STAT_READ : StateOf(parameters[0]);
   return true;
 }
 
@@ -250,7 +249,7 @@ bool CMessageService::SMSDeleteMsg(SMS_MEM enMem, MSG_HANDLE hMsg, DWORD* pdwSta
     const AtReply reply =
         hold.IsOk() ? m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGD:", kStoreLimitMs) : AtReply();
     if (reply.IsOk() || reply.code == static_cast<int>(kInvalidIndex)) {
-      m_modem.ForgetListed(enMem, hMsg);
+      m_modem.Stored().Forget(enMem, hMsg);
     }
     return Settle(reply, pdwStatus);
   });
@@ -277,7 +276,7 @@ bool CMessageService::SMSSaveMsg(SMS_MEM enMem, SMS_PARAM* pstParam, MSG_HANDLE*
     if (parameters.empty() || !NumberOf(parameters[0], index)) {
       return Refuse(pdwStatus);
     }
-    m_modem.ForgetListed(enMem, index);
+    m_modem.Stored().Forget(enMem, index);
     if (phMsg != nullptr) {
       *phMsg = index;
     }

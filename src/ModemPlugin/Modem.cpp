@@ -135,11 +135,7 @@ bool CModem::Install(const std::shared_ptr<Connection>& connection) {
 /// @return false: the line is gone already.
 bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
   m_enChosen = SMS_MEM_UNKNOW;
-  {
-    const std::lock_guard<std::mutex> guard(m_cacheLock);
-    m_listed[SMS_MEM_SM].clear();
-    m_listed[SMS_MEM_ME].clear();
-  }
+  m_stored.ForgetListings();
   const std::lock_guard<std::mutex> guard(m_lock);
   if (connection.bGone || m_bStop) {
     return false;

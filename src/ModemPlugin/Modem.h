@@ -4,6 +4,7 @@
 #include "AtDialogue.h"
 #include "EventRaiser.h"
 #include "MessageConversion.h"
+#include "StoredMessages.h"
 #include "platform/JThread.h"
 #include "services/IDeviceMgr.h"
 #include "services/IDeviceService.h"
@@ -79,13 +80,11 @@ public:
     const bool m_bOk;
   };
 
-  /// Messages as they were listed, by index: listing changes their state on the modem, not here.
-  typedef std::map<MSG_HANDLE, SMReadRecord> MessageCache;
-  /// The memory holds these and no others; under its hold, as the next.
-  void RememberListing(SMS_MEM enMem, const MessageCache& messages);
-  void RememberRead(SMS_MEM enMem, MSG_HANDLE hMsg, const SMReadRecord& record);
-  bool FindListed(SMS_MEM enMem, MSG_HANDLE hMsg, bool bMarkRead, SMReadRecord& record);
-  void ForgetListed(SMS_MEM enMem, MSG_HANDLE hMsg);
+  CStoredMessages& Stored() { return m_stored; }
+  /// How received messages are read; the times by the settings.
+  ReadRules Rules() { return ReadRules{m_bNetworkTime, &m_pushes}; }
+  /// Times of received messages stay those of the network, from the next message on.
+  void KeepNetworkTime(bool bKeep) { m_bNetworkTime = bKeep; }
   void SetServiceCentre(const std::string& number);
   /// Asks for broadcast pages, or for none, now and whenever the modem is started.
   AtReply SetBroadcasts(bool bOn);
@@ -139,6 +138,7 @@ private:
   std::atomic<bool> m_bAvailable{false};  // this and the next are changed under m_lock
   std::atomic<bool> m_bStop{true};
   std::atomic<bool> m_bBroadcasts{true};
+  std::atomic<bool> m_bNetworkTime{false};
   JEvent m_hWork;  // something is queued, the line is lost, or the end has come
 
   mutable std::mutex m_lock;  // the next five
@@ -150,8 +150,8 @@ private:
 
   CTurnstile m_memory;  // the chosen memory and commands about it
   SMS_MEM m_enChosen = SMS_MEM_UNKNOW;
-  std::mutex m_cacheLock;
-  MessageCache m_listed[2];
+  CStoredMessages m_stored;
+  CWapPushes m_pushes;
 
   std::unique_ptr<CWorker> m_pReader;
   std::unique_ptr<CWorker> m_pWorker;

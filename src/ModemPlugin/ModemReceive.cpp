@@ -38,7 +38,7 @@ void CModem::OnStored(const std::string& line) {
     TraceFault("a notice about a message that cannot be found: " + line);
     return;
   }
-  ForgetListed(memory, notice.hMsg);
+  m_stored.Forget(memory, notice.hMsg);
   m_events.Raise(CEventRaiser::Source::kMessages, WMS_RECEIVE_SMS_NOTIFY, notice);
 }
 
@@ -71,7 +71,7 @@ void CModem::OnSim(const std::string& line) {
 
 /// The network is told that the message has arrived only when the service has it.
 void CModem::OnDirectMessage(const std::string& data) {
-  const SMReadRecord record = ReadPdu(data, SMS_STAT_UNREAD);
+  const SMReadRecord record = ReadPdu(data, SMS_STAT_UNREAD, Rules());
   const unsigned long event =
       record.enType == SMS_IDENTIFYER_REPORT ? WMS_REPORT_STATUS_DIRECT : WMS_NEW_SMS_DIRECT_NOTIFY;
   m_events.Raise(CEventRaiser::Source::kMessages, event, record, [this] { Queue([this] { Acknowledge(); }); });

@@ -11,6 +11,7 @@
 //   event TEXT | TEXT   the next events, those of one line in any order; see CRecordingSink
 //   answer true|false   what the sink answers from now on
 //   advance MS          somebody waits at least so long; time goes on
+//   pass MS             time goes on, and nobody waits for it
 //   hang up             the modem is unplugged
 //   block               the line takes no more octets
 //   opened | closed     the driver opens the line anew, or has closed it
@@ -284,6 +285,8 @@ private:
       m_sink.Answer(rest == "true");
     } else if (what == "advance") {
       ASSERT_TRUE(m_clock.AwaitTimedWaiters(1, std::stoi(rest), 5000));
+      m_clock.Advance(std::stoi(rest));
+    } else if (what == "pass") {
       m_clock.Advance(std::stoi(rest));
     } else if (what == "hang") {
       m_line->HangUp();

@@ -391,6 +391,22 @@ TEST_F(Driver, KeepsWhatAModemDoesNotKeepInTheSettingsFile) {
   EXPECT_EQ(SM_PRIORITY_URGENT, kept.enPri);
 }
 
+TEST_F(Driver, KeepsTheNetworksTimeWhenTheSettingsSaySo) {
+  setenv("TZ", "TWO-2", 1);
+  tzset();
+  for (const bool keep : {false, true}) {
+    m_home.WriteSettings(keep ? "[ModemPlugin]\nNetworkTime=1\n" : "");
+    CModem modem([this](std::string&) { return m_script.Open(); });
+    CMessageService service(modem);
+    std::string error;
+    ASSERT_TRUE(modem.Start(error)) << error;
+    m_script.Answer("AT+CMGR=1", std::string("\r\n+CMGR: 1,,31\r\n") + kDeliverPdu + "\r\n\r\nOK\r\n");
+    SMReadRecord record;
+    ASSERT_TRUE(service.SMSReadMsg(SMS_MEM_SM, MSG_HANDLE(1), &record, nullptr));
+    EXPECT_EQ(keep ? 19 : 21, record.stTime.btHour) << "sent at 19:37 UTC";
+  }
+}
+
 TEST_F(Driver, IgnoresKeptSettingsThatMakeNoSense) {
   m_home.WriteSettings("[ModemPlugin]\nValidity=1000\nPriority=-3\nStatusReport=maybe\n");
   ASSERT_TRUE(Start());
