@@ -24,9 +24,9 @@ VELK_wstring ToUtf16(const std::string& text) {
 }  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  app.add_option("--device", options.device, "the modem's port, for example /dev/ttyUSB2")
+  app.add_option("--device", options.device, "the modem's port, for example /dev/ttyUSB2, or tcp:HOST:PORT")
       ->envname("SMS_DEVICE")
-      ->type_name("PATH");
+      ->type_name("MODEM");
   app.add_option("--config", options.settingsFile, "settings file")->envname("SMS_CONFIG")->type_name("FILE");
   app.add_option("--data-dir", options.dataDir, "folder of the message database")
       ->envname("SMS_DATA_DIR")

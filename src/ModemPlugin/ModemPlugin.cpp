@@ -1,32 +1,25 @@
 #include "ModemPlugin.h"
 
 #include "Guarded.h"
+#include "LineAddress.h"
+#include "LineSettings.h"
 #include "SerialPort.h"
-#include "platform/GlobalFunction.h"
+#include "TcpPort.h"
 
 namespace modem {
 
 namespace {
 
-std::string ConfiguredDevice() {
-  const VELK_wchar_t* const module = u"ModemPlugin";
-  const VELK_wchar_t* const item = u"Device";
-  const int length = CGlobalFunction::GetSetting(module, item, nullptr, 0);
-  VELK_wstring wide(static_cast<std::size_t>(length) + 1, 0);
-  CGlobalFunction::GetSetting(module, item, &wide[0], length);
-  const int octets = CGlobalFunction::WideCharToMultiByte(wide.c_str(), nullptr, 0, 0);
-  std::string path(static_cast<std::size_t>(octets), '\0');
-  CGlobalFunction::WideCharToMultiByte(wide.c_str(), &path[0], octets, 0);
-  return path;
-}
-
 std::unique_ptr<IByteStream> OpenConfigured(std::string& error) {
-  const std::string path = ConfiguredDevice();
-  if (path.empty()) {
-    error = "no modem is named. Name its port with --device, e.g. --device /dev/ttyUSB2.";
+  LineAddress address;
+  SerialSettings serial;
+  if (!ParseAddress(ConfiguredDevice(), address, error) || !LoadSerialSettings(serial, error)) {
     return nullptr;
   }
-  return CSerialPort::Open(path, error);
+  if (address.kind == LineAddress::Kind::kTcp) {
+    return CTcpPort::Open(address.host, address.port, error);
+  }
+  return CSerialPort::Open(address.text, error, serial);
 }
 
 CModemPlugin* g_pPlugin = nullptr;

@@ -1,33 +1,40 @@
 // A serial device or a pseudo-terminal as the line to the modem.
 #pragma once
 
-#include "ByteStream.h"
+#include "DescriptorStream.h"
+#include "PortLock.h"
 
-#include <atomic>
+#include <termios.h>
 #include <memory>
 #include <string>
 
 namespace modem {
 
-class CSerialPort : public IByteStream {
+struct SerialSettings {
+  unsigned int baud = 115200;
+  std::string lockFolder = "/var/lock";  // for lock files in the UUCP manner; they are optional
+};
+
+/// Whether the system knows that speed.
+bool IsBaudRate(unsigned int baud);
+
+class CSerialPort : public CDescriptorStream {
 public:
-  /// Opens the port for this process alone, 8 bits, no parity, no flow control by characters.
+  /// Opens the port for this process alone, 8 bits, no parity, no flow control by characters. A port that another
+  /// program has open is left alone. What was set on the port before is set again at the end.
   /// @param error  out: one line for a person that names the port, the cause and what to do, when the result is null.
-  static std::unique_ptr<CSerialPort> Open(const std::string& path, std::string& error);
+  static std::unique_ptr<CSerialPort> Open(const std::string& path, std::string& error,
+                                           const SerialSettings& settings = SerialSettings());
   ~CSerialPort() override;
   CSerialPort(const CSerialPort&) = delete;
   CSerialPort& operator=(const CSerialPort&) = delete;
 
-  bool Read(std::string& bytes) override;
-  bool Write(const std::string& bytes) override;
-  void Close() override;
-
 private:
-  CSerialPort(int port, int wake);
+  CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock, const termios& before);
+  ssize_t WriteSome(const char* bytes, std::size_t count) override;
 
-  const int m_iPort;
-  const int m_iWake;  // an event descriptor: readable once closed
-  std::atomic<bool> m_bClosed{false};
+  const std::unique_ptr<CPortLock> m_lock;
+  const termios m_before;
 };
 
 }  // namespace modem

@@ -1,0 +1,17 @@
+// What the settings say about the line to the modem; section "ModemPlugin".
+#pragma once
+
+#include "SerialPort.h"
+
+#include <string>
+
+namespace modem {
+
+/// "Device", which --device stands for; empty when there is none.
+std::string ConfiguredDevice();
+
+/// "Baud"; what is absent leaves the field as it is.
+/// @param error  out: one line for a person, when the result is false.
+bool LoadSerialSettings(SerialSettings& settings, std::string& error);
+
+}  // namespace modem
