@@ -1,11 +1,9 @@
 #include "AtDialogue.h"
 
+#include "Lines.h"
 #include "platform/TraceSrv.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
-#include <cstring>
 #include <utility>
 
 namespace modem {
@@ -19,58 +17,6 @@ const unsigned int kStepLimitMs = 2000;
 const unsigned int kNoWait = 0;
 const int kLateEnd = -1;
 const std::size_t kLongestLine = 64 * 1024;  // a line never is as long; garbage is
-
-bool StartsWith(const std::string& line, const char* prefix) {
-  return line.compare(0, std::strlen(prefix), prefix) == 0;
-}
-
-std::string WithoutBlanks(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-/// Lines that a modem sends by itself (3GPP TS 27.005, 3.4.1 and 27.007); the first three are followed by octets.
-bool IsUnsolicited(const std::string& line) {
-  for (const char* prefix : {"+CMT:", "+CDS:", "+CBM:", "+CMTI:", "+CDSI:", "+CBMI:", "+CREG:", "+CGREG:", "+CEREG:",
-                             "+CPIN:", "RING", "+CRING", "+CLIP:", "+CUSD:", "NO CARRIER", "^", "*"}) {
-    if (StartsWith(line, prefix)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-bool HasOctets(const std::string& line) {
-  return StartsWith(line, "+CMT:") || StartsWith(line, "+CDS:") || StartsWith(line, "+CBM:");
-}
-
-/// Octets may be damaged further behind; a line that begins otherwise is another one in their place.
-bool LooksLikeOctets(const std::string& line) { return std::isxdigit(static_cast<unsigned char>(line[0])) != 0; }
-
-/// A reply tells the mode first ("+CREG: 1,5"); by itself the modem tells the state alone ("+CREG: 5").
-bool IsRegistrationReply(const std::string& line) {
-  const std::size_t comma = line.find(',');
-  return comma != std::string::npos && comma + 1 < line.size() && line[comma + 1] != '"';
-}
-
-bool FindFinal(const std::string& line, AtReply::Final& final, int& code) {
-  const std::size_t kCodeAt = 11;
-  code = 0;
-  if (line == "OK") {
-    final = AtReply::Final::kOk;
-  } else if (line == "ERROR" || line == "COMMAND NOT SUPPORT") {
-    final = AtReply::Final::kError;
-  } else if (StartsWith(line, "+CMS ERROR:")) {
-    final = AtReply::Final::kCmsError;
-    code = static_cast<int>(std::clamp(std::strtol(line.c_str() + kCodeAt, nullptr, 10), 0L, 0xFFFFL));
-  } else if (StartsWith(line, "+CME ERROR:")) {
-    final = AtReply::Final::kCmeError;
-    code = static_cast<int>(std::clamp(std::strtol(line.c_str() + kCodeAt, nullptr, 10), 0L, 0xFFFFL));
-  } else {
-    return false;
-  }
-  return true;
-}
 
 AtReply Ended(AtReply::Final final) {
   AtReply reply;
@@ -101,7 +47,17 @@ AtReply CAtDialogue::ExecuteWithOctets(const CAtCommand& command, const std::str
 
 AtReply CAtDialogue::Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs) {
   const CTurn turn(m_turn);
-  if (m_bOutOfStep && !GetBackIntoStep()) {
+  const AtReply reply = RunOnce(text, octets, prefix, limitMs);
+  // A modem that waited for somebody's message took the command for its text; what writes a message is not repeated.
+  return octets == nullptr && WasSwallowed() ? RunOnce(text, octets, prefix, limitMs) : reply;
+}
+
+AtReply CAtDialogue::RunOnce(const std::string& text, const std::string* octets, const char* prefix,
+                             unsigned int limitMs) {
+  if (HasRestarted()) {
+    return Ended(AtReply::Final::kNoAnswer);
+  }
+  if ((m_bOutOfStep || HasUnaskedPrompt()) && !GetBackIntoStep()) {
     m_stream.Close();  // it is dumb or was started anew: whoever opens the line again also starts the modem again
     return Ended(AtReply::Final::kNoAnswer);
   }
@@ -116,7 +72,7 @@ AtReply CAtDialogue::Converse(const std::string& text, const std::string* octets
   if (!Send(text + "\r")) {
     return Ended(AtReply::Final::kLineGone);
   }
-  if (octets == nullptr || !AwaitPrompt()) {
+  if (octets == nullptr || !AwaitPrompt(*octets)) {
     return Await(octets == nullptr ? limitMs : kNoWait);
   }
   return Send(*octets + kCtrlZ) ? Await(limitMs) : Ended(AtReply::Final::kLineGone);
@@ -129,12 +85,10 @@ void CAtDialogue::Begin(State state, const std::string& text, const char* prefix
   m_bPromptSeen = false;
   m_bEnded = false;
   m_bDataFollows = false;
+  m_bUnaskedPrompt = false;
   m_strEcho = text;
   m_strPrefix = prefix == nullptr ? "" : prefix;
   m_reply = AtReply();
-  if (m_strPending[0] == '>') {
-    m_strPending.clear();  // a prompt that came too late
-  }
   if (m_bGone) {
     EndReply(AtReply::Final::kLineGone, 0);
   }
@@ -151,14 +105,41 @@ bool CAtDialogue::Send(const std::string& bytes) {
 }
 
 /// @return false: the command has ended, or there is silence.
-bool CAtDialogue::AwaitPrompt() {
+bool CAtDialogue::AwaitPrompt(const std::string& octets) {
   m_hDone.WaitForSingleObject(kPromptLimitMs);
   const std::lock_guard<std::mutex> guard(m_lock);
   if (m_bEnded || !m_bPromptSeen) {
     return false;
   }
   m_hDone.ResetEvent();
+  m_strEcho = octets;
   return true;
+}
+
+bool CAtDialogue::HasRestarted() const {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  return m_bRestarted;
+}
+
+void CAtDialogue::BeginAnew() {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  m_bRestarted = false;
+  m_bNoEcho = false;
+}
+
+void CAtDialogue::ExpectNoEcho() {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  m_bNoEcho = true;
+}
+
+bool CAtDialogue::HasUnaskedPrompt() {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  return m_bUnaskedPrompt;
+}
+
+bool CAtDialogue::WasSwallowed() {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  return m_bUnaskedPrompt && m_bSwallowed;
 }
 
 AtReply CAtDialogue::Await(unsigned int limitMs) {
@@ -217,18 +198,32 @@ void CAtDialogue::Feed(const std::string& bytes) {
 
 void CAtDialogue::TakeOctet(char octet, Unsolicited& unsolicited) {
   if (octet == '\r' || octet == '\n') {
-    const std::string line = WithoutBlanks(m_strPending);
+    const std::string line = Cleaned(m_strPending);
     m_strPending.clear();
     if (!line.empty()) {
       TakeLine(line, unsolicited);
     }
-  } else if (octet == '>' && m_state == State::kPrompt && WithoutBlanks(m_strPending).empty()) {
+  } else if (octet == '>' && Cleaned(m_strPending).empty()) {
     m_strPending.clear();  // the prompt is no line, nothing ends it
+    TakePrompt();
+  } else if (m_strPending.size() < kLongestLine) {
+    m_strPending += octet;
+  }
+}
+
+/// A modem that asks for text without being asked takes what comes next for text.
+void CAtDialogue::TakePrompt() {
+  if (m_state == State::kPrompt) {
     m_bPromptSeen = true;
     m_state = State::kReply;
     m_hDone.SetEvent();
-  } else if (m_strPending.size() < kLongestLine) {
-    m_strPending += octet;
+  } else if (m_state == State::kIdle) {
+    m_bUnaskedPrompt = true;
+    m_bSwallowed = false;
+  } else if (m_state == State::kReply && !m_bPromptSeen) {
+    m_bUnaskedPrompt = true;
+    m_bSwallowed = true;
+    EndReply(AtReply::Final::kNoAnswer, 0);
   }
 }
 
@@ -236,25 +231,61 @@ void CAtDialogue::TakeLine(const std::string& line, Unsolicited& unsolicited) {
   TraceLine("<- ", line);
   AtReply::Final final = AtReply::Final::kOk;
   int code = 0;
-  const bool isFinal = FindFinal(line, final, code);
   const bool replying = m_state != State::kIdle;
-  if (!m_strAwaitingData.empty()) {
-    const std::string head = std::exchange(m_strAwaitingData, std::string());
-    if (!isFinal && LooksLikeOctets(line)) {
-      unsolicited.emplace_back(head, line);
-      return;
-    }
-    TraceLine("no octets behind ", head);
-  }
-  if (isFinal) {
+  if (replying && line == m_strEcho) {
+    TakeEcho();
+  } else if (TakeOctets(line, unsolicited)) {
+    return;
+  } else if (FindFinal(line, final, code)) {
     TakeFinal(final, code);
-  } else if (HasOctets(line)) {
-    m_strAwaitingData = line;
-  } else if (replying && line != m_strEcho && BelongsToReply(line)) {
+  } else if (AnnouncesOctets(line)) {
+    AwaitOctets(line);
+  } else if (replying && BelongsToReply(line)) {
     TakeReplyLine(line);
-  } else if (IsUnsolicited(line)) {
+  } else if (IsTagged(line)) {
     unsolicited.emplace_back(line, std::string());
+    if (TellsRestart(line)) {
+      NoteRestart();
+    }
   }
+}
+
+void CAtDialogue::TakeEcho() {
+  if (m_bNoEcho) {
+    NoteRestart();
+  }
+}
+
+/// The reply will not come; above all no octets may follow: in text mode they would be a message to somebody.
+void CAtDialogue::NoteRestart() {
+  m_bRestarted = true;
+  if (m_state != State::kIdle) {
+    EndReply(AtReply::Final::kNoAnswer, 0);
+  }
+}
+
+void CAtDialogue::AwaitOctets(const std::string& line) {
+  if (!m_strAwaitingOctets.empty()) {
+    TraceLine("no octets behind ", m_strAwaitingOctets);
+  }
+  m_strAwaitingOctets = line;
+  m_bOctetsNext = true;
+}
+
+/// Other lines may come between a notice and its octets, as long as these cannot be taken for those of a reply.
+bool CAtDialogue::TakeOctets(const std::string& line, Unsolicited& unsolicited) {
+  const bool next = std::exchange(m_bOctetsNext, false);
+  if (m_strAwaitingOctets.empty() || !LooksLikeOctets(line)) {
+    return false;
+  }
+  const bool fits = IsLengthOf(m_strAwaitingOctets, line);
+  const bool fitsReply = m_bDataFollows && IsLengthOf(m_reply.lines.back(), line);
+  const bool nobodyElse = m_state == State::kIdle || (!m_strPrefix.empty() && !m_bDataFollows);
+  if (!fits && (fitsReply || !(next || nobodyElse))) {
+    return false;
+  }
+  unsolicited.emplace_back(std::exchange(m_strAwaitingOctets, std::string()), line);
+  return true;
 }
 
 /// Lines of a listing come in pairs: what belongs to a message, and its octets.
@@ -269,7 +300,9 @@ void CAtDialogue::TakeReplyLine(const std::string& line) {
 
 bool CAtDialogue::BelongsToReply(const std::string& line) const {
   if (m_strPrefix.empty()) {
-    return !IsUnsolicited(line);
+    // "AT+CGMM" is answered by the bare text, by some with "+CGMM: " before it; a single digit is a result code
+    const std::string own = m_strEcho.substr(std::min<std::size_t>(2, m_strEcho.size())) + ":";
+    return IsTagged(line) ? StartsWith(line, own.c_str()) : line.size() > 1;
   }
   if (!StartsWith(line, m_strPrefix.c_str())) {
     return m_bDataFollows && LooksLikeOctets(line);

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "AtCommandBuilder.h"
+#include "AtLine.h"
 #include "ByteStream.h"
 #include "Turn.h"
-#include "VelkTypes.h"
 
 #include <functional>
 #include <mutex>
@@ -14,17 +14,9 @@
 
 namespace modem {
 
-/// How a command ended.
+/// What a command was answered.
 struct AtReply {
-  enum class Final {
-    kOk,
-    kError,     // ERROR
-    kCmeError,  // +CME ERROR: code (3GPP TS 27.007, 9.2)
-    kCmsError,  // +CMS ERROR: code (3GPP TS 27.005, 3.2.5)
-    kNoAnswer,  // nothing came within the limit
-    kLineGone,
-    kRefused  // the command was not valid and was not sent
-  };
+  using Final = AtFinal;
   Final final = Final::kNoAnswer;
   int code = 0;
   std::vector<std::string> lines;  // what came before the end, without the echo
@@ -41,8 +33,8 @@ struct AtReply {
 /// Purpose: one owner of the line. Callers queue for it; each has it until its reply is complete.
 /// Threads: Execute on any thread but the reader's; Feed and LineGone on the reader's. Unsolicited lines are handed
 ///          over on the reader's thread, one call each, outside of all locks.
-/// Errors:  in the reply. After a reply that did not come the next command first finds its way back into step; a modem
-///          that stays dumb, or a line that takes no more, is closed.
+/// Errors:  in the reply. After a reply that did not come, or a prompt that nobody asked for, the next command first
+///          finds its way back into step; a modem that stays dumb, or a line that takes no more, is closed.
 class CAtDialogue {
 public:
   /// @param data  the line of octets that belongs to it (+CMT, +CDS, +CBM), else empty.
@@ -51,6 +43,14 @@ public:
   CAtDialogue(IByteStream& stream, const UnsolicitedHandler& onUnsolicited);
   CAtDialogue(const CAtDialogue&) = delete;
   CAtDialogue& operator=(const CAtDialogue&) = delete;
+
+  /// A modem that begins anew by itself loses its settings: until BeginAnew() all commands get no answer. It tells so,
+  /// or it echoes though it was told not to.
+  bool HasRestarted() const;
+  /// The modem is about to get its settings.
+  void BeginAnew();
+  /// The modem has been told not to echo, and agreed.
+  void ExpectNoEcho();
 
   /// @param prefix  beginning of the reply's own lines ("+CMGR:"); null: any line is part of the reply.
   AtReply Execute(const CAtCommand& command, const char* prefix, unsigned int limitMs);
@@ -69,16 +69,24 @@ private:
   typedef std::vector<std::pair<std::string, std::string>> Unsolicited;  // line and octets
 
   AtReply Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
+  AtReply RunOnce(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
   AtReply Converse(const std::string& text, const std::string* octets, unsigned int limitMs);
   AtReply Await(unsigned int limitMs);
-  bool AwaitPrompt();
+  bool AwaitPrompt(const std::string& octets);
+  bool HasUnaskedPrompt();
+  bool WasSwallowed();
   void Begin(State state, const std::string& text, const char* prefix);
   bool GetBackIntoStep();
   bool Send(const std::string& bytes);
 
   // m_lock held
   void TakeOctet(char octet, Unsolicited& unsolicited);
+  void TakePrompt();
   void TakeLine(const std::string& line, Unsolicited& unsolicited);
+  bool TakeOctets(const std::string& line, Unsolicited& unsolicited);
+  void AwaitOctets(const std::string& line);
+  void TakeEcho();
+  void NoteRestart();
   void TakeReplyLine(const std::string& line);
   void TakeFinal(AtReply::Final final, int code);
   bool BelongsToReply(const std::string& line) const;
@@ -90,15 +98,20 @@ private:
   JEvent m_hDone;             // the reply has ended, or the prompt is there
   bool m_bOutOfStep = false;  // guarded by m_turn
 
-  std::mutex m_lock;  // the rest
+  mutable std::mutex m_lock;  // the rest
   State m_state = State::kIdle;
   bool m_bGone = false;
   bool m_bPromptSeen = false;
   bool m_bEnded = false;
-  bool m_bDataFollows = false;    // the next line belongs to a line of the reply
-  std::string m_strAwaitingData;  // an unsolicited line whose octets follow
-  std::string m_strEcho;
-  std::string m_strPrefix;  // empty: any line is part of the reply
+  bool m_bRestarted = false;
+  bool m_bNoEcho = false;
+  bool m_bUnaskedPrompt = false;    // the modem waits for text that nobody wants to give
+  bool m_bSwallowed = false;        // it did when the last command was sent
+  bool m_bDataFollows = false;      // octets belong to the last line of the reply
+  bool m_bOctetsNext = false;       // nothing has come since m_strAwaitingOctets
+  std::string m_strAwaitingOctets;  // an unsolicited line whose octets follow
+  std::string m_strEcho;            // of what was sent last
+  std::string m_strPrefix;          // empty: any line is part of the reply
   AtReply m_reply;
   std::string m_strPending;  // bytes after the last line end
 };

@@ -178,18 +178,25 @@ void CModem::OnLost(Connection& connection) {
 }
 
 AtReply CModem::Execute(const CAtCommand& command, const char* prefix, unsigned int limitMs) {
-  const auto connection = CurrentConnection();
-  AtReply gone;
-  gone.final = AtReply::Final::kLineGone;
-  return connection && m_bAvailable ? connection->dialogue.Execute(command, prefix, limitMs) : gone;
+  return Converse([&](CAtDialogue& dialogue) { return dialogue.Execute(command, prefix, limitMs); });
 }
 
 AtReply CModem::ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
                                   unsigned int limitMs) {
+  return Converse([&](CAtDialogue& dialogue) { return dialogue.ExecuteWithOctets(command, octets, prefix, limitMs); });
+}
+
+AtReply CModem::Converse(const std::function<AtReply(CAtDialogue&)>& say) {
   const auto connection = CurrentConnection();
-  AtReply gone;
-  gone.final = AtReply::Final::kLineGone;
-  return connection && m_bAvailable ? connection->dialogue.ExecuteWithOctets(command, octets, prefix, limitMs) : gone;
+  AtReply reply;
+  reply.final = AtReply::Final::kLineGone;
+  if (connection && m_bAvailable) {
+    reply = say(connection->dialogue);
+    if (connection->dialogue.HasRestarted()) {
+      m_hWork.SetEvent();
+    }
+  }
+  return reply;
 }
 
 AtReply CModem::SetBroadcasts(bool bOn) {
@@ -269,6 +276,11 @@ CModem::Next CModem::WorkOnce() {
   if (!m_bAvailable) {
     return Reconnect() ? Next::kGoOn : Next::kRetryLater;
   }
+  if (const auto connection = CurrentConnection(); connection && connection->dialogue.HasRestarted()) {
+    TraceFault("the modem was started anew by itself");
+    AskAgain();
+    return Next::kGoOn;
+  }
   std::function<void()> task;
   PduLine line;
   {
@@ -328,14 +340,20 @@ void CModem::SendOne(const PduLine& line) {
   }
 }
 
-/// A card that was locked has been opened: much was refused at the start.
+/// A card that was locked has been opened: much was refused at the start. Or the modem has lost its settings.
 void CModem::AskAgain() {
   const auto connection = CurrentConnection();
   const CTurn turn(m_memory);
   ModemFacts facts;
   std::string error;
-  if (connection && StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {
+  if (!connection) {
+    return;
+  }
+  if (StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {
     AnnounceState();
+  } else {
+    TraceFault("the modem " + error);
+    connection->pStream->Close();  // it is tried again until it can be used
   }
 }
 

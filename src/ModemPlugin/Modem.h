@@ -114,6 +114,7 @@ private:
   bool Install(const std::shared_ptr<Connection>& connection);
   bool TakeIntoUse(Connection& connection, const ModemFacts& facts);
   void ReadLine(Connection& connection);
+  AtReply Converse(const std::function<AtReply(CAtDialogue&)>& say);
   void Work();
   Next WorkOnce();
   void AskAgain();

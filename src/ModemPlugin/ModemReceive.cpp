@@ -26,6 +26,8 @@ void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
     OnRegistration(line);
   } else if (StartsWith(line, "+CPIN:")) {
     OnSim(line);
+  } else if (TellsRestart(line)) {
+    m_hWork.SetEvent();
   }
 }
 

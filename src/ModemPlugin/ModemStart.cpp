@@ -3,7 +3,6 @@
 #include "platform/TraceSrv.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace modem {
 
@@ -117,6 +116,27 @@ bool PrepareMessages(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts,
   return true;
 }
 
+bool StartOnce(CAtDialogue& dialogue, bool bTrustEcho, bool bBroadcasts, ModemFacts& facts, std::string& error) {
+  dialogue.BeginAnew();
+  if (!Probe(dialogue)) {
+    error =
+        "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
+    return false;
+  }
+  if (Ask(dialogue, "E0", nullptr).IsOk() && bTrustEcho) {
+    dialogue.ExpectNoEcho();
+  }
+  Ask(dialogue, "+CMEE=1", "+CMEE:");
+  facts.model = FirstLine(Ask(dialogue, "+CGMI", nullptr));
+  facts.model += " " + FirstLine(Ask(dialogue, "+CGMM", nullptr));
+  AskSim(dialogue, facts);
+  if (!PrepareMessages(dialogue, bBroadcasts, facts, error)) {
+    return false;
+  }
+  AskNetwork(dialogue, facts);
+  return true;
+}
+
 }  // namespace
 
 CAtCommand IndicationsCommand(const std::array<int, 5>& indications) {
@@ -142,36 +162,6 @@ void ReadSimState(const std::string& state, ModemFacts& facts) {
   }
 }
 
-bool NumberOf(const std::string& parameter, DWORD& number) {
-  const char* const end = parameter.data() + parameter.size();
-  const auto [stop, error] = std::from_chars(parameter.data(), end, number);
-  return error == std::errc() && stop == end;
-}
-
-std::vector<std::string> ParametersOf(const std::string& line) {
-  std::vector<std::string> parameters;
-  const std::size_t colon = line.find(':');
-  if (colon == std::string::npos) {
-    return parameters;
-  }
-  std::string parameter;
-  bool quoted = false;
-  for (std::size_t position = std::min(line.find_first_not_of(' ', colon + 1), line.size()); position < line.size();
-       ++position) {
-    const char character = line[position];
-    if (character == '"') {
-      quoted = !quoted;
-    } else if (character == ',' && !quoted) {
-      parameters.push_back(parameter);
-      parameter.clear();
-    } else {
-      parameter += character;
-    }
-  }
-  parameters.push_back(parameter);
-  return parameters;
-}
-
 SysSrvStatus RegistrationOf(const std::string& line) {
   const std::vector<std::string> parameters = ParametersOf(line);
   DWORD state = 0;
@@ -190,21 +180,18 @@ SysSrvStatus RegistrationOf(const std::string& line) {
 }
 
 bool StartModem(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error) {
-  if (!Probe(dialogue)) {
-    error =
-        "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
+  const int kRestarts = 5;  // a modem that is still waking up
+  const int kEchoes = 2;    // one that goes on echoing never stopped
+  bool started = false;
+  for (int attempt = 0; attempt == 0 || (attempt < kRestarts && dialogue.HasRestarted()); ++attempt) {
+    facts = ModemFacts();
+    started = StartOnce(dialogue, attempt < kEchoes, bBroadcasts, facts, error);
+  }
+  if (started && dialogue.HasRestarted()) {
+    error = "is started anew again and again. Check its supply of power.";
     return false;
   }
-  Ask(dialogue, "E0", nullptr);
-  Ask(dialogue, "+CMEE=1", "+CMEE:");
-  facts.model = FirstLine(Ask(dialogue, "+CGMI", nullptr));
-  facts.model += " " + FirstLine(Ask(dialogue, "+CGMM", nullptr));
-  AskSim(dialogue, facts);
-  if (!PrepareMessages(dialogue, bBroadcasts, facts, error)) {
-    return false;
-  }
-  AskNetwork(dialogue, facts);
-  return true;
+  return started;
 }
 
 }  // namespace modem

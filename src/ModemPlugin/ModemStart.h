@@ -22,10 +22,4 @@ CAtCommand IndicationsCommand(const std::array<int, 5>& indications);
 /// State of registration of a "+CREG: ..." line, as the service tells it.
 SysSrvStatus RegistrationOf(const std::string& line);
 
-/// The parameters behind the colon of a reply line; quotation marks are taken off.
-std::vector<std::string> ParametersOf(const std::string& line);
-
-/// A parameter that is a decimal number of at most 32 bits.
-bool NumberOf(const std::string& parameter, DWORD& number);
-
 }  // namespace modem
