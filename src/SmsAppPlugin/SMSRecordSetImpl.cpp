@@ -135,6 +135,15 @@ long CSMSRecordSetImpl::GetUnReadSMSCount() {
   return static_cast<long>(std::count_if(m_lstRecord.begin(), m_lstRecord.end(), IsUnread));
 }
 
+std::vector<long> CSMSRecordSetImpl::GetIdentifiers() {
+  const Guard guard(m_Lock);
+  std::vector<long> vctIDs;
+  for (const CSMSRecordImpl& record : m_lstRecord) {
+    vctIDs.push_back(record.GetMSGID());
+  }
+  return vctIDs;
+}
+
 bool CSMSRecordSetImpl::HasIndexLocked() {
   if (!m_bKeysChanged.exchange(false, std::memory_order_relaxed)) {
     return true;
@@ -200,21 +209,17 @@ long CSMSRecordSetImpl::PushSMSRecord(CSMSRecordImpl& record) {
   if (record.GetMSGID() == -1) {
     return -1;
   }
-  bool bNotify = false;
   try {
     const Guard guard(m_Lock);
-    bNotify = StoreLocked(record);
+    StoreLocked(record);
     m_it = m_lstRecord.begin();
   } catch (const std::bad_alloc&) {
     return -1;
   }
-  if (bNotify) {
-    NotifyMissMsg();
-  }
   return 0;
 }
 
-bool CSMSRecordSetImpl::StoreLocked(CSMSRecordImpl& record) {
+void CSMSRecordSetImpl::StoreLocked(CSMSRecordImpl& record) {
   RecordList fresh;
   fresh.emplace_back(&record);
   const bool bUnread = IsUnread(fresh.front());
@@ -231,7 +236,9 @@ bool CSMSRecordSetImpl::StoreLocked(CSMSRecordImpl& record) {
   } else if (!bWasUnread && bUnread) {
     ++m_iMissCount;
   }
-  return bWasUnread || bUnread;
+  if (bWasUnread || bUnread) {
+    NotifyMissMsg();
+  }
 }
 
 void CSMSRecordSetImpl::ReplaceLocked(RecordList::iterator it, CSMSRecordImpl& fresh) {
@@ -266,38 +273,34 @@ void CSMSRecordSetImpl::AddToIndexLocked(RecordList::iterator it) {
 
 void CSMSRecordSetImpl::RemoveSMSRecord(long lID) {
   RecordList removed;  // destroyed after the lock is given back
-  {
-    const Guard guard(m_Lock);
-    const auto it = FindLocked(lID);
-    if (it != m_lstRecord.end()) {
-      m_index.Remove(it);
-      if (m_index.HasTwins()) {
-        m_bKeysChanged = true;
-      }
-      removed.splice(removed.end(), m_lstRecord, it);
+  const Guard guard(m_Lock);
+  const auto it = FindLocked(lID);
+  if (it != m_lstRecord.end()) {
+    m_index.Remove(it);
+    if (m_index.HasTwins()) {
+      m_bKeysChanged = true;
     }
-    m_it = m_lstRecord.begin();
+    removed.splice(removed.end(), m_lstRecord, it);
+    if (IsUnread(removed.front())) {
+      --m_iMissCount;
+      NotifyMissMsg();
+    }
   }
-  if (!removed.empty() && IsUnread(removed.front())) {
-    --m_iMissCount;
-    NotifyMissMsg();
-  }
+  m_it = m_lstRecord.begin();
 }
 
 void CSMSRecordSetImpl::ClearSMSRecord() {
-  RecordList removed;
-  {
-    const Guard guard(m_Lock);
-    removed.swap(m_lstRecord);
-    m_index.Clear();
-    m_bKeysChanged = false;
-    m_it = m_lstRecord.end();
-  }
-  const auto iUnread = static_cast<int>(std::count_if(removed.begin(), removed.end(), IsUnread));
+  RecordList removed;  // destroyed after the lock is given back
+  const Guard guard(m_Lock);
+  const auto iUnread = static_cast<int>(GetUnReadSMSCount());
   if (iUnread > 0) {
     m_iMissCount -= iUnread;
     NotifyMissMsg();
   }
+  removed.swap(m_lstRecord);
+  m_index.Clear();
+  m_bKeysChanged = false;
+  m_it = m_lstRecord.end();
 }
 
 void CSMSRecordSetImpl::NotifyMissMsg() { GetNotifyService(); }

@@ -63,6 +63,8 @@ public:
   virtual void RemoveSMSRecord(long lID);
 
   CSMSRecordImpl* GetCurRecord();
+  /// In the order of the records; the cursor stays.
+  std::vector<long> GetIdentifiers();
   CSMSRecordImpl* GetRecord(long lID);
   /// Removes every record; the cursor is at the end.
   void ClearSMSRecord();
@@ -86,8 +88,7 @@ private:
   RecordList::iterator FindLocked(long lID);
   /// Makes the index agree with the list. @return false: memory is short, walk instead.
   bool HasIndexLocked();
-  /// @return true: the record, or the one it replaced, is unread.
-  bool StoreLocked(CSMSRecordImpl& record);
+  void StoreLocked(CSMSRecordImpl& record);
   void ReplaceLocked(RecordList::iterator it, CSMSRecordImpl& fresh);
   void AppendLocked(RecordList& fresh);
   void AddToIndexLocked(RecordList::iterator it);

@@ -2,7 +2,9 @@
 #include "RecordSetSupport.h"
 #include "ShortMemory.h"
 
+#include <chrono>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -393,19 +395,29 @@ TEST_F(RecordSetNotice, DoesNothingMoreThanLookTheServiceUp) {
   m_set.NotifyMissMsg();
 }
 
-TEST_F(RecordSetNotice, IsLookedUpWithoutTheLockOfTheSet) {
-  struct CUsingContainer : IPluginContainer {
+TEST_F(RecordSetNotice, IsLookedUpUnderTheLockOfTheSetWithTheCountThatHoldsThen) {
+  struct CLookingContainer : IPluginContainer {
+    std::vector<int> vctCounts;
+    std::vector<std::future<long>> vctOthers;
     CSMSRecordSetImpl* pSet = nullptr;
-    long lCount = -1;
+    bool bOthersWaited = true;
     bool QueryPluginInterface(const char*, int, IBaseInterface**) override {
-      std::thread([this] { lCount = pSet->GetRecordCount(); }).join();
+      vctCounts.push_back(CSMSRecordSetImpl::m_iMissCount);
+      vctOthers.push_back(std::async(std::launch::async, [this] { return pSet->GetRecordCount(); }));
+      bOthersWaited &= vctOthers.back().wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout;
       return false;
     }
   } container;
   container.pSet = &m_set;
   m_plugin.SetPluginContainer(&container);
-  Push(m_set, MakeRecord(1, "a", NS_SMS::IS_NOT_READ));
-  EXPECT_EQ(1, container.lCount);
+  const int iBefore = CSMSRecordSetImpl::m_iMissCount;
+  PushMany(m_set, {1});
+  Push(m_set, MakeRecord(2, "a", NS_SMS::IS_NOT_READ));
+  Push(m_set, MakeRecord(3, "b", NS_SMS::IS_NOT_READ));
+  m_set.RemoveSMSRecord(2);
+  m_set.ClearSMSRecord();
+  EXPECT_EQ((std::vector<int>{iBefore + 1, iBefore + 2, iBefore + 1, iBefore}), container.vctCounts);
+  EXPECT_TRUE(container.bOthersWaited);
   m_plugin.SetPluginContainer(&m_device.container);
 }
 
