@@ -71,6 +71,7 @@ private:
   void ReadCleanupAge();
   CSMSRecordSetImpl* LoadSet(CStoreTurn& turn);
   void ReadAllRows(CSMSRecordSetImpl& set);
+  bool IsOutdated(const ISMSRecord& record) const;
   static void EndLoad(CStoreTurn& turn);
 
   // rows

@@ -115,12 +115,12 @@ long CFileSMSImpl::CombinationLongMsg(ISMSRecord* record) {
 
 bool CFileSMSImpl::Combine(ISMSRecord& record, CStoreTurn& turn, std::vector<long>& mergedIds) {
   const PartInfo info = InfoOf(record);
-  if (info.part > info.total || info.total < 2 || info.part < 0) {
+  if (info.part > info.total || info.total < 2) {
     TraceStore("long msg error");
     return false;
   }
   std::time_t t0 = 0;
-  if (!TimeOf(record, t0)) {
+  if (info.part < 0 || !TimeOf(record, t0)) {
     return false;
   }
   const std::vector<CSMSRecordImpl> candidates = CollectParts(record, t0);

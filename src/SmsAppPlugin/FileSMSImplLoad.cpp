@@ -89,7 +89,7 @@ void CFileSMSImpl::ReadAllRows(CSMSRecordSetImpl& set) {
   if (m_AddrDataBaseMgr.GetAllRecordIndex(kStoreTable, indexes) != DB_ERROR_OK) {
     TraceStore("ReadRecordindex Fail");
   }
-  std::vector<long> broadcasts;
+  std::vector<CSMSRecordImpl> outdated;
   LocalDatabaseMgr::FieldType fields;
   const CSMSRecordImpl blank;
   CSMSRecordImpl record;  // one for all rows: its texts keep their room
@@ -104,28 +104,31 @@ void CFileSMSImpl::ReadAllRows(CSMSRecordSetImpl& set) {
     if (bBroadcast && !bShowCBS) {
       continue;
     }
-    set.PushSMSRecord(record);
-    if (bBroadcast && m_iCBSAutoCleanup != 0) {
-      broadcasts.push_back(record.GetMSGID());
+    if (bBroadcast && m_iCBSAutoCleanup != 0 && IsOutdated(record)) {
+      outdated.push_back(record);
+      continue;
     }
+    set.PushSMSRecord(record);
   }
   // all rows are read before the first is deleted: one forward pass over the table
-  for (std::size_t i = 0; i < broadcasts.size() && !m_bQuit; ++i) {
-    if (AutoCleanupCBS(set.GetRecord(broadcasts[i]))) {
-      set.RemoveSMSRecord(broadcasts[i]);
-    }
+  for (std::size_t i = 0; i < outdated.size() && !m_bQuit; ++i) {
+    AutoCleanupCBS(&outdated[i]);
   }
 }
 
-bool CFileSMSImpl::AutoCleanupCBS(const ISMSRecord* record) {
+bool CFileSMSImpl::IsOutdated(const ISMSRecord& record) const {
   MsgTime time;
-  if (record == nullptr || !ReadMsgTime(record->GetTime(), time) || !time.IsDateValid()) {
+  if (!ReadMsgTime(record.GetTime(), time) || !time.IsDateValid()) {
     return false;
   }
   const long long llDay = JTime(time.year, time.month, time.day, 0, 0, 0, 0).toTimestamp();
   const long long llNow = JTime::CurrentLocalDateTime().toTimestamp();
   const std::int32_t iAge = static_cast<std::int32_t>(llNow - llDay);
-  if (iAge <= m_iCBSAutoCleanup * kSecondsPerDay) {
+  return iAge > m_iCBSAutoCleanup * kSecondsPerDay;
+}
+
+bool CFileSMSImpl::AutoCleanupCBS(const ISMSRecord* record) {
+  if (record == nullptr || !IsOutdated(*record)) {
     return false;
   }
   RemoveRecord(record->GetMSGID());

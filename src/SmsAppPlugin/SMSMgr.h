@@ -9,7 +9,7 @@ class CSMSRecordSetImpl;
 /// Life:      made by the service; loads its set on a thread of its own.
 /// Threads:   any.
 /// Ownership: records are the caller's; the set of a store is the store's.
-/// Errors:    0 done, -1 not done; nothing throws. Null records and identifiers are refused with -1.
+/// Errors:    0 done, -1 not done; nothing throws. A null record is refused with -1, except where 0 is the only answer.
 /// Identifiers mean something only within one store.
 class CSMSMgr {
 public:
