@@ -39,7 +39,6 @@ CDeviceSMSImpl::CDeviceSMSImpl(SMS_MEM enMem, CSMSServiceImpl* service)
       m_bHideDoubleModeCardNode(MyGetSetting(u"DualModeCard", u"HideDoubleModeCardNode") == u"true"),
       m_bCutSMSToLocal(false),
       m_iStopRequests(0),
-      m_bSavedBeforeLoad(false),
       m_MutexMirror(LockRank::kStoreInternal, "CDeviceSMSImpl::m_MutexMirror") {}
 
 CDeviceSMSImpl::~CDeviceSMSImpl() {
@@ -148,7 +147,14 @@ void CDeviceSMSImpl::EmptyMirror() {
   if (CSMSRecordSetImpl* const pMirror = m_pDeviceRecordSet) {
     pMirror->ClearSMSRecord();
   }
-  m_bSavedBeforeLoad = false;
+}
+
+std::vector<long> CDeviceSMSImpl::TakeMirror() {
+  CISAPUGuard<JMutex> lock(m_MutexMirror);
+  CSMSRecordSetImpl* const pMirror = m_pDeviceRecordSet;
+  const std::vector<long> ids = pMirror == nullptr ? std::vector<long>() : pMirror->GetIdentifiers();
+  EmptyMirror();
+  return ids;
 }
 
 // --- One message -----------------------------------------------------------------------------------------------------
@@ -276,7 +282,7 @@ int CDeviceSMSImpl::CheckIsFull() {
 }
 
 bool CDeviceSMSImpl::GetIsSaveLocal() {
-  if (m_bHideDoubleModeCardNode && IsDoubleModeCard()) {
+  if (IsDoubleModeCard() && m_bHideDoubleModeCardNode) {
     return true;
   }
   int iMode = RECEIVE_NEWSMS_DIRECT;

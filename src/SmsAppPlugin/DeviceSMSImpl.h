@@ -28,6 +28,7 @@ public:
   /// The mirror, made when there is none yet; the store's own.
   CSMSRecordSetImpl* GetReocrdList() override;
   /// Divides the message and writes every part for every number. Without a number nothing is written and 0 answered.
+  /// What is written goes into the mirror, and a mirror that holds records is not loaded.
   /// @param id     array for `count` device indexes; null: none wanted.
   /// @param count  in: room in id; out: indexes written to it.
   /// @return -1 also when only some parts were written.
@@ -123,6 +124,8 @@ private:
   void ReplaceInMirror(CSMSRecordImpl& record);
   void DropFromMirror(long id);
   void EmptyMirror();
+  /// @return the identifiers that were in it.
+  std::vector<long> TakeMirror();
 
   const SMS_MEM m_enMem;
   JMutex m_MutexReadSMS;                               // a load, and emptying the mirror
@@ -136,7 +139,6 @@ private:
   const bool m_bHideDoubleModeCardNode;
   std::atomic<bool> m_bCutSMSToLocal;  // changed under m_MutexReadSMS only
 
-  std::atomic<int> m_iStopRequests;      // BackBeforeInit calls under way, and the end; a load cannot clear them
-  std::atomic<bool> m_bSavedBeforeLoad;  // the mirror holds saved messages although it was never loaded
-  JMutex m_MutexMirror;                  // looking at the mirror and changing it are one step
+  std::atomic<int> m_iStopRequests;  // BackBeforeInit calls under way, and the end; a load cannot clear them
+  JMutex m_MutexMirror;              // looking at the mirror and changing it are one step
 };

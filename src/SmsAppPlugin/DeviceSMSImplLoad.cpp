@@ -10,12 +10,24 @@
 #include "services/IShortMessage.h"
 #include "utils.h"
 
+#include <algorithm>
+
 /// What one load has found out once.
 struct CDeviceSMSImpl::LoadRun {
   IShortMessage& service;
   bool bSaveLocal;
   int iReadMode;  // UnreadSmAlterMode
 };
+
+namespace {
+
+void AddHandle(std::vector<MSG_HANDLE>& handles, MSG_HANDLE hMsg) {
+  if (std::find(handles.begin(), handles.end(), hMsg) == handles.end()) {
+    handles.push_back(hMsg);
+  }
+}
+
+}  // namespace
 
 /// Keeps the receive loop from reading from the device meanwhile.
 class CDeviceSMSImpl::CReadLockHold {
@@ -106,7 +118,7 @@ void CDeviceSMSImpl::ReadRecord() {
 
 void CDeviceSMSImpl::Load() {
   CSMSRecordSetImpl* const pMirror = m_pDeviceRecordSet;
-  if (pMirror != nullptr && pMirror->GetRecordCount() != 0 && !m_bSavedBeforeLoad) {
+  if (pMirror != nullptr && pMirror->GetRecordCount() != 0) {
     return;
   }
   m_bInit = false;
@@ -124,10 +136,12 @@ void CDeviceSMSImpl::Load() {
 
 void CDeviceSMSImpl::LoadAll(IShortMessage& service) {
   const bool bSaveLocal = GetIsSaveLocal();
-  EmptyMirror();  // before the list is made: what is saved from here on is in the list or stays in the mirror
   std::vector<MSG_HANDLE> handles;
   if (IsQuitting() || !ListMemory(service, handles)) {
     return;
+  }
+  for (const long id : TakeMirror()) {  // saved while the list was made: it may lack them
+    AddHandle(handles, static_cast<MSG_HANDLE>(id));
   }
   const LoadRun run{service, bSaveLocal, LoadReadMode(service, bSaveLocal)};
   for (const MSG_HANDLE hMsg : handles) {
@@ -137,7 +151,6 @@ void CDeviceSMSImpl::LoadAll(IShortMessage& service) {
     }
   }
   GetReocrdList()->MoveFirst();
-  m_bSavedBeforeLoad = false;
   m_bInit = true;
 }
 

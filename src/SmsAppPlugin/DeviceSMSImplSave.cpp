@@ -157,9 +157,6 @@ bool CDeviceSMSImpl::WriteOne(IShortMessage& service, SMS_PARAM& stPart, std::ve
   ids.push_back(static_cast<long>(hMsg));
   CSMSRecordImpl stored(static_cast<long>(hMsg));
   ParseSMSParamToRecord(stPart, &stored, m_enMem);
-  if (!m_bInit) {
-    m_bSavedBeforeLoad = true;
-  }
   PutIntoMirror(stored);
   return true;
 }

@@ -94,9 +94,10 @@ void IndexEntries() {
 
 void LoadCharMap(const char* pszPath) {
   const CNoCancellation hold;  // the sending thread may be killed meanwhile; the map must not stay half loaded
-  // a directory opens and reads as endless, a pipe opens when somebody writes to it: only files are maps
+  // a directory opens and reads as endless, a pipe opens when somebody writes to it, and some files of the system have
+  // text but no size: only files with a size are maps
   struct stat stInfo;
-  if (pszPath == nullptr || stat(pszPath, &stInfo) != 0 || !S_ISREG(stInfo.st_mode)) {
+  if (pszPath == nullptr || stat(pszPath, &stInfo) != 0 || !S_ISREG(stInfo.st_mode) || stInfo.st_size <= 0) {
     return;
   }
   const FilePtr file(std::fopen(pszPath, "rb"));

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -191,6 +192,11 @@ TEST_F(CharMap, IsEmptyForAPipeNobodyWritesTo) {
   const std::string strPipe = m_home.Path("pipe");
   ASSERT_EQ(0, mkfifo(strPipe.c_str(), 0600));
   ExpectEmpty(strPipe);
+}
+
+TEST_F(CharMap, IsEmptyForASystemFileWithTextButWithoutASize) {
+  ASSERT_EQ(0, prctl(PR_SET_NAME, "{20AC,65}"));  // what this file then says
+  ExpectEmpty("/proc/thread-self/comm");
 }
 
 TEST_F(CharMap, IsEmptyForAnEndlessDevice) { ExpectEmpty("/dev/zero"); }

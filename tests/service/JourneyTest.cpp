@@ -5,6 +5,7 @@
 #include "ServiceTest.h"
 #include "platform/JClock.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <thread>
 
@@ -73,9 +74,9 @@ protected:
     return record;
   }
 
-  std::vector<std::string> Rows() {
+  std::vector<std::string> Rows(int storage = NS_SMS::SMS_LOCAL) {
     std::vector<std::string> rows;
-    ISMSRecordSet* const set = m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
+    ISMSRecordSet* const set = m_pService->GetSMSRecordSet(storage);
     for (long state = set->MoveFirst(); state == 0; state = set->MoveNext()) {
       int mr = 0;
       int total = 0;
@@ -155,6 +156,57 @@ TEST_F(Journey, DeviceLossDuringASend) {
   Compare("send_device_lost");
 }
 
+TEST_F(Journey, DeviceLossDuringALoad) {
+  m_home.WriteSettings("[SMSSERVICE]\nReceviceMode=0\n");
+  m_device.sms.Put(SMS_MEM_SM, OfType(SMS_IDENTIFYER_REPORT, u"report"));
+  m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("+491701234567", u"read in time"));
+  m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("+491701234567", u"the device goes while it is read"));
+  ASSERT_TRUE(Settle());
+  CServiceAccess::DropModemStore(*m_pService);
+  CMonitor third;
+  bool reading = false;
+  m_device.sms.OnCall("SMSReadMsg", [&] {
+    if (m_device.sms.Calls("SMSReadMsg") == 2) {
+      m_device.sms.Fail("SMSReadMsg", 1);
+    } else if (m_device.sms.Calls("SMSReadMsg") == 3) {
+      third.Locked([&] { reading = true; });
+      EXPECT_TRUE(m_journal.Await("CDeviceSMSImpl::BackBeforeInit(), m_InitThread.EndThread() begin"));
+    }
+  });
+  m_journal.Note("== test says that the memories can be read");
+  m_device.sms.Raise(WMS_EVENT_READY, nullptr);
+  ASSERT_TRUE(third.Await([&] { return reading; }, 10000));
+  m_journal.Note("== test takes the device away");
+  m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE, nullptr);
+  m_journal.Add("mirror of the SIM after the loss", Rows(NS_SMS::SMS_SIM));
+  m_journal.Note("== test brings the device back");
+  m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_AVAILABLE, nullptr);
+  m_device.sms.Raise(WMS_EVENT_READY, nullptr);
+  ASSERT_TRUE(m_journal.Await("m_MutexReadNewMsg Unlock()", 2));
+  ASSERT_TRUE(AwaitIdle());
+  m_journal.Add("mirror of the SIM at the end", Rows(NS_SMS::SMS_SIM));
+  Compare("load_device_lost");
+}
+
+// --- moving ----------------------------------------------------------------------------------------------------------
+
+TEST_F(Journey, CutToLocalWithADeleteThatFails) {
+  m_home.WriteSettings("[SMSSERVICE]\nReceviceMode=0\n");
+  for (const VELK_wchar_t* content : {u"moved first", u"cannot be deleted", u"moved last"}) {
+    m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("+491701234567", content));
+  }
+  ASSERT_TRUE(Settle());
+  m_device.sms.OnCall("SMSReadMsg", [&] {
+    if (m_device.sms.Calls("SMSReadMsg") == 2) {
+      m_device.sms.Fail("SMSDeleteMsg", 1);
+    }
+  });
+  m_journal.Note("== test moves the SIM to the local store");
+  EXPECT_EQ(0, m_pService->CutAllToLocal(NS_SMS::SMS_SIM));
+  m_journal.Add("mirror of the SIM", Rows(NS_SMS::SMS_SIM));
+  Compare("cut_to_local_delete_fails");
+}
+
 // --- starting --------------------------------------------------------------------------------------------------------
 
 TEST_F(Journey, StartWithoutADeviceManager) {
@@ -196,6 +248,29 @@ TEST_F(Journey, ReceiveAndMoveToTheLocalStore) {
   m_device.sms.Fail("SMSReadMsg", 1);
   Arrive(MakeReadRecord("+491701234567", u"cannot be read"), "a message that cannot be read");
   Compare("receive_move");
+}
+
+TEST_F(Journey, ReceiveThreePartsInAllSixOrdersWithADuplicate) {
+  ASSERT_TRUE(Settle());
+  std::vector<BYTE> order = {1, 2, 3};
+  BYTE reference = 0;
+  do {
+    ++reference;
+    const auto deliver = [&](BYTE part) {
+      const std::string text = std::to_string(part) + " of message " + std::to_string(reference);
+      const SMReadRecord record = MakeReadPart("+491701234567", Utf16("<" + text + ">"), reference, 3, part);
+      if (reference % 2 == 0) {
+        Direct(WMS_NEW_SMS_DIRECT_NOTIFY, record, "part " + text);
+      } else {
+        Arrive(record, "part " + text);
+      }
+    };
+    deliver(order[0]);
+    deliver(order[1]);
+    deliver(order[1]);
+    deliver(order[2]);
+  } while (std::next_permutation(order.begin(), order.end()));
+  Compare("receive_three_parts");
 }
 
 TEST_F(Journey, ReceiveAndKeepOnTheDevice) {

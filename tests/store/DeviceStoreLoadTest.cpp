@@ -274,18 +274,40 @@ TEST(DeviceStoreLoad, EndsAtOnceWhenTheMirrorHoldsRecords) {
   EXPECT_TRUE(store.GetInitFlag());
 }
 
-TEST(DeviceStoreLoad, ReadsAgainWhenTheMirrorHoldsOnlyWhatWasSavedBefore) {
+TEST(DeviceStoreLoad, EndsAtOnceWhenTheMirrorHoldsWhatWasSavedBefore) {
   CDeviceHome home;
   home.device.sms.Put(SMS_MEM_SM, MakeReadRecord("1", u"held"));
   CDeviceSMSImpl store(SMS_MEM_SM, home.Service());
   CSMSRecordImpl record = MakeRecord(u"saved", NS_SMS::SEND_BOX_SIM);
   ASSERT_EQ(0, Save(store, record).result);
+  store.Init();
   EXPECT_THAT(Mirror(store), ElementsAre("saved"));
+  EXPECT_FALSE(store.GetInitFlag());
+  store.BackBeforeInit();
   store.Init();
   EXPECT_THAT(Mirror(store), ElementsAre("held", "saved"));
-  EXPECT_TRUE(store.GetInitFlag());
+}
+
+TEST(DeviceStoreLoad, EmptiesTheMirrorOnceTheListIsMadeAndReadsWhatWasSavedMeanwhile) {
+  CDeviceHome home;
+  home.device.sms.Put(SMS_MEM_SM, MakeReadRecord("1", u"held"));
+  CDeviceSMSImpl store(SMS_MEM_SM, home.Service());
+  bool saved = false;
+  home.device.sms.OnCall("SMSReleaseMsgList", [&] {  // the list was made without it
+    CSMSRecordImpl record = MakeRecord(u"saved", NS_SMS::SEND_BOX_SIM);
+    saved = Save(store, record).result == 0;
+  });
+  std::vector<std::string> atFirstRead;
+  home.device.sms.OnCall("SMSReadMsg", [&] {
+    if (home.device.sms.Calls("SMSReadMsg") == 1) {
+      atFirstRead = Mirror(store);
+    }
+  });
   store.Init();
-  EXPECT_EQ(1, home.device.sms.Calls("SMSGetMsgList"));
+  ASSERT_TRUE(saved);
+  EXPECT_THAT(atFirstRead, IsEmpty());
+  EXPECT_THAT(Mirror(store), ElementsAre("held", "saved"));
+  EXPECT_EQ(2, home.device.sms.Calls("SMSReadMsg"));
 }
 
 TEST(DeviceStoreLoad, PutsTheCursorOnTheFirstRecord) {

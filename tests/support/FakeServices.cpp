@@ -307,6 +307,7 @@ bool CFakeShortMessage::SMSGetMsgList(SMS_MEM enMem, SMS_LIST* pstList, DWORD* p
 }
 
 void CFakeShortMessage::SMSReleaseMsgList(SMS_LIST* pstList) {
+  Enter("SMSReleaseMsgList", "");
   delete[] pstList->pList;
   pstList->pList = nullptr;
   pstList->dwCount = 0;
