@@ -2,8 +2,8 @@
 #pragma once
 
 #include "AtCommandBuilder.h"
-#include "AtLine.h"
 #include "ByteStream.h"
+#include "ModemLine.h"
 #include "Turn.h"
 
 #include <functional>

@@ -1,4 +1,4 @@
-#include "AtLine.h"
+#include "ModemLine.h"
 
 #include "AtErrors.h"
 #include "Lines.h"

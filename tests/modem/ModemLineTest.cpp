@@ -1,5 +1,5 @@
 // What one line of a modem is.
-#include "AtLine.h"
+#include "ModemLine.h"
 
 #include "AtErrors.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 using modem::AtFinal;
 
-TEST(AtLine, KnowsEveryFormOfAnEnd) {
+TEST(ModemLine, KnowsEveryFormOfAnEnd) {
   struct Row {
     const char* line;
     AtFinal final;
@@ -36,7 +36,7 @@ TEST(AtLine, KnowsEveryFormOfAnEnd) {
   }
 }
 
-TEST(AtLine, TellsTaggedLinesFromBareTexts) {
+TEST(ModemLine, TellsTaggedLinesFromBareTexts) {
   for (const char* line : {"+CREG: 5", "^RSSI:12", "*EMRDY: 1", "#QSS: 1", "%STATE", "$QCSIMSTAT: 1", "_OSIGQ: 1",
                            "RDY", "RING", "Call Ready", "SMS Ready", "NORMAL POWER DOWN"}) {
     EXPECT_TRUE(modem::IsTagged(line)) << line;
@@ -46,7 +46,7 @@ TEST(AtLine, TellsTaggedLinesFromBareTexts) {
   }
 }
 
-TEST(AtLine, DropsWhatTheLineAddedToIt) {
+TEST(ModemLine, DropsWhatTheLineAddedToIt) {
   const char withZeros[] = {'\0', 'O', '\0', 'K', '\x11'};
   EXPECT_EQ("OK", modem::Cleaned(std::string(withZeros, sizeof withZeros)));
   EXPECT_EQ("RDY", modem::Cleaned("\xFF\xFE RDY  "));
@@ -54,7 +54,7 @@ TEST(AtLine, DropsWhatTheLineAddedToIt) {
   EXPECT_EQ("", modem::Cleaned(" \x1A "));
 }
 
-TEST(AtLine, TellsARegistrationReplyFromANotice) {
+TEST(ModemLine, TellsARegistrationReplyFromANotice) {
   for (const char* reply : {"+CREG: 0,1", "+CREG: 2,5,\"00C3\",\"1234\"", "+CEREG: 2,1,00C3,1234", "+CREG: 1, 5"}) {
     EXPECT_TRUE(modem::IsRegistrationReply(reply)) << reply;
   }
@@ -64,7 +64,7 @@ TEST(AtLine, TellsARegistrationReplyFromANotice) {
   }
 }
 
-TEST(AtLine, ComparesOctetsWithTheLengthBeforeThem) {
+TEST(ModemLine, ComparesOctetsWithTheLengthBeforeThem) {
   EXPECT_TRUE(modem::IsLengthOf("+CMT: ,2", "0191AABB")) << "with the address of a service centre";
   EXPECT_TRUE(modem::IsLengthOf("+CMT: \"a,b\",2", "00AABB"));
   EXPECT_TRUE(modem::IsLengthOf("+CDS: 2", "AABB")) << "without one";
