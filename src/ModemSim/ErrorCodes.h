@@ -6,15 +6,19 @@
 namespace modem_sim {
 
 const int kCmeNotAllowed = 3;
+const int kCmeNoSim = 10;
 const int kCmePinRequired = 11;
 const int kCmePukRequired = 12;
+const int kCmeSimBusy = 14;
 const int kCmeIncorrectPassword = 16;
 const int kCmeIncorrectParameters = 50;
 
 const int kCmsNetworkOutOfOrder = 38;
 const int kCmsNotAllowed = 302;
 const int kCmsInvalidPduParameter = 304;
+const int kCmsNoSim = 310;
 const int kCmsPinRequired = 311;
+const int kCmsSimBusy = 314;
 const int kCmsPukRequired = 316;
 const int kCmsInvalidIndex = 321;
 const int kCmsMemoryFull = 322;
@@ -26,10 +30,14 @@ inline std::string CmeText(int code) {
   switch (code) {
     case kCmeNotAllowed:
       return "operation not allowed";
+    case kCmeNoSim:
+      return "SIM not inserted";
     case kCmePinRequired:
       return "SIM PIN required";
     case kCmePukRequired:
       return "SIM PUK required";
+    case kCmeSimBusy:
+      return "SIM busy";
     case kCmeIncorrectPassword:
       return "incorrect password";
     case kCmeIncorrectParameters:

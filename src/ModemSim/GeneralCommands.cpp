@@ -41,7 +41,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"X", &M::OnIgnored},
       {"L", &M::OnIgnored},
       {"M", &M::OnIgnored},
-      {"H", &M::OnIgnored},
+      {"H", &M::OnHangUpCall},
       {"D", &M::OnDial},
       {"I", &M::OnIdentity},
       {"+CGMI", &M::OnIdentity},
@@ -100,6 +100,11 @@ CSimulatedModem::Result CSimulatedModem::OnReset(const AtCommand& command) {
 /// Lines, speakers and calls that this modem does not have: any number will do.
 CSimulatedModem::Result CSimulatedModem::OnIgnored(const AtCommand&) { return Ok(); }
 
+CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand&) {
+  m_strCaller.clear();
+  return Ok();
+}
+
 CSimulatedModem::Result CSimulatedModem::OnDial(const AtCommand&) { return NoCarrier(); }
 
 CSimulatedModem::Result CSimulatedModem::OnRegister(const AtCommand& command) {
@@ -153,7 +158,18 @@ CSimulatedModem::Result CSimulatedModem::OnOwnNumber(const AtCommand& command) {
 }
 
 CSimulatedModem::Result CSimulatedModem::CardLocked() const {
-  return Cme(m_iPinTries > 0 ? kCmePinRequired : kCmePukRequired);
+  switch (m_card) {
+    case CardState::Absent:
+      return Cme(kCmeNoSim);
+    case CardState::Busy:
+      return Cme(kCmeSimBusy);
+    case CardState::Puk:
+      return Cme(kCmePukRequired);
+    case CardState::Ready:
+    case CardState::Pin:
+      break;
+  }
+  return Cme(kCmePinRequired);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
@@ -161,7 +177,8 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
     case AtCommand::Form::Test:
       return Ok();
     case AtCommand::Form::Read:
-      Inform(std::string("+CPIN: ") + (CardReady() ? "READY" : m_iPinTries > 0 ? "SIM PIN" : "SIM PUK"));
+      if (m_card == CardState::Absent || m_card == CardState::Busy) return CardLocked();
+      Inform(std::string("+CPIN: ") + (CardReady() ? "READY" : m_card == CardState::Pin ? "SIM PIN" : "SIM PUK"));
       return Ok();
     case AtCommand::Form::Execute:
       return Cme(kCmeIncorrectParameters);
@@ -169,19 +186,18 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
       break;
   }
   if (CardReady()) return Cme(kCmeNotAllowed);
+  if (m_card == CardState::Absent || m_card == CardState::Busy) return CardLocked();
   // Some programs leave the quotation marks out.
   const bool quoted = !command.values.empty() && command.values.front() == '"';
   const CValues values(quoted ? command.values : '"' + command.values + '"');
   std::string pin;
   if (!values.Valid() || !values.Text(0, &pin) || !IsPin(pin)) return Cme(kCmeIncorrectParameters);
-  if (m_iPinTries == 0 || pin != m_options.pin) {
+  if (m_card == CardState::Puk || pin != m_strPin) {
     m_iPinTries = std::max(m_iPinTries - 1, 0);
+    if (m_iPinTries == 0) m_card = CardState::Puk;
     return Cme(kCmeIncorrectPassword);
   }
-  m_iPinTries = 3;
-  const std::string before = RegistrationState();
-  m_bLocked = false;
-  RegistrationChanged(before);
+  SetCard(CardState::Ready);
   return Ok();
 }
 
@@ -198,7 +214,7 @@ CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
     return Cme(kCmeIncorrectParameters);
   }
   if (facility != "SC" || mode != 2) return Cme(kCmeNotAllowed);
-  Inform(std::string("+CLCK: ") + (m_options.pin.empty() ? "0" : "1"));
+  Inform(std::string("+CLCK: ") + (m_strPin.empty() ? "0" : "1"));
   return Ok();
 }
 
@@ -207,7 +223,8 @@ CSimulatedModem::Result CSimulatedModem::OnSignal(const AtCommand& command) {
     Inform("+CSQ: (0-31,99),(0-7,99)");
     return Ok();
   }
-  return Inform(command, m_bNetwork && m_iFunctionality == 1 ? "+CSQ: 20,99" : "+CSQ: 99,99");
+  const bool heard = Registered() || (OnAir() && m_network == NetworkState::Denied);
+  return Inform(command, "+CSQ: " + std::to_string(heard ? m_iSignal : 99) + ",99");
 }
 
 CSimulatedModem::Result CSimulatedModem::OnActivity(const AtCommand& command) {
@@ -241,10 +258,13 @@ CSimulatedModem::Result CSimulatedModem::OnFunctionality(const AtCommand& comman
   return Ok();
 }
 
-/// <stat> of +CREG and +CGREG: 1 registered at home, 2 searching, 0 neither.
+bool CSimulatedModem::Registered() const {
+  return OnAir() && CardReady() && (m_network == NetworkState::Home || m_network == NetworkState::Roaming);
+}
+
+/// <stat> of +CREG and +CGREG.
 std::string CSimulatedModem::RegistrationState() const {
-  if (Registered()) return "1";
-  return CardReady() && m_iFunctionality == 1 ? "2" : "0";
+  return std::to_string(static_cast<int>(OnAir() && CardReady() ? m_network : NetworkState::None));
 }
 
 std::string CSimulatedModem::Registration(int mode) const {
@@ -256,12 +276,6 @@ void CSimulatedModem::RegistrationChanged(const std::string& before) {
   if (m_iCircuitMode != 0) Unsolicited("+CREG: " + Registration(m_iCircuitMode));
   if (m_iPacketMode != 0) Unsolicited("+CGREG: " + Registration(m_iPacketMode));
   HandOver();
-}
-
-void CSimulatedModem::SetNetwork(bool present) {
-  const std::string before = RegistrationState();
-  m_bNetwork = present;
-  RegistrationChanged(before);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnRegistration(const AtCommand& command) {

@@ -59,10 +59,21 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::MessageCommands() {
 }
 
 CSimulatedModem::Result CSimulatedModem::CardError() const {
-  return Cms(m_iPinTries > 0 ? kCmsPinRequired : kCmsPukRequired);
+  switch (m_card) {
+    case CardState::Absent:
+      return Cms(kCmsNoSim);
+    case CardState::Busy:
+      return Cms(kCmsSimBusy);
+    case CardState::Puk:
+      return Cms(kCmsPukRequired);
+    case CardState::Ready:
+    case CardState::Pin:
+      break;
+  }
+  return Cms(kCmsPinRequired);
 }
 
-std::string CSimulatedModem::Fill(Memory memory) {
+std::string CSimulatedModem::FillOf(Memory memory) {
   return std::to_string(Store(memory).Used()) + ',' + std::to_string(Store(memory).Capacity());
 }
 
@@ -106,7 +117,7 @@ CSimulatedModem::Result CSimulatedModem::OnPreferredMemory(const AtCommand& comm
   if (!CardReady()) return CardError();
   if (command.form == AtCommand::Form::Read) {
     std::string text = "+CPMS: ";
-    for (const Memory memory : m_memories) text += Quoted(NameOf(memory)) + ',' + Fill(memory) + ',';
+    for (const Memory memory : m_memories) text += Quoted(NameOf(memory)) + ',' + FillOf(memory) + ',';
     text.pop_back();
     Inform(text);
     return Ok();
@@ -121,7 +132,7 @@ CSimulatedModem::Result CSimulatedModem::OnPreferredMemory(const AtCommand& comm
     memories[i] = name == "SM" ? Memory::Sim : Memory::Equipment;
   }
   m_memories = memories;
-  Inform("+CPMS: " + Fill(memories[0]) + ',' + Fill(memories[1]) + ',' + Fill(memories[2]));
+  Inform("+CPMS: " + FillOf(memories[0]) + ',' + FillOf(memories[1]) + ',' + FillOf(memories[2]));
   HandOver();
   return Ok();
 }
@@ -149,9 +160,9 @@ CSimulatedModem::Result CSimulatedModem::OnServiceCentre(const AtCommand& comman
 }
 
 CSimulatedModem::Result CSimulatedModem::OnIndications(const AtCommand& command) {
-  static const int kHighest[] = {3, 3, 3, 2, 1};
+  static const int kHighest[] = {3, 3, 2, 2, 1};
   if (command.form == AtCommand::Form::Test) {
-    Inform("+CNMI: (0-3),(0-3),(0-3),(0-2),(0,1)");
+    Inform("+CNMI: (0-3),(0-3),(0,2),(0-2),(0,1)");
     return Ok();
   }
   if (command.form == AtCommand::Form::Read) {
@@ -167,6 +178,7 @@ CSimulatedModem::Result CSimulatedModem::OnIndications(const AtCommand& command)
   for (std::size_t i = 0; i < indications.size(); ++i) {
     if (!values.Number(i, 0, kHighest[i], &indications[i])) return Error();
   }
+  if (indications[kBm] == 1) return Error();  // there is no memory of broadcast pages
   m_indications = indications;
   if (m_indications[kMode] != 0) {
     if (m_indications[kBfr] == 0) {
@@ -178,27 +190,33 @@ CSimulatedModem::Result CSimulatedModem::OnIndications(const AtCommand& command)
   return Ok();
 }
 
-/// Cell-broadcast types are kept and told; no page is broadcast in this network.
+/// Mode 0 adds to the types that are accepted, mode 1 takes away; an empty list stands for all of them.
 CSimulatedModem::Result CSimulatedModem::OnBroadcastTypes(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) {
     Inform("+CSCB: (0,1)");
     return Ok();
   }
   if (command.form == AtCommand::Form::Read) {
-    Inform("+CSCB: " + std::to_string(m_iBroadcastMode) + ',' + Quoted(m_strBroadcastIds) + ',' +
-           Quoted(m_strBroadcastCodings));
+    Inform("+CSCB: 0," + Quoted(m_broadcastIds.List()) + ',' + Quoted(m_broadcastCodings.List()));
     return Ok();
   }
   const CValues values(command.values);
-  std::string ids;
-  std::string codings;
+  std::string lists[2];
+  CNumberSet ids;
+  CNumberSet codings;
   int mode = 0;
-  if (!values.Valid() || !values.Number(0, 0, 1, &mode) || !values.Text(1, &ids) || !values.Text(2, &codings)) {
+  if (!values.Valid() || !values.Number(0, 0, 1, &mode) || !values.Text(1, &lists[0]) || !values.Text(2, &lists[1]) ||
+      !ids.Parse(lists[0]) || !codings.Parse(lists[1])) {
     return Error();
   }
-  m_iBroadcastMode = mode;
-  m_strBroadcastIds = ids;
-  m_strBroadcastCodings = codings;
+  if (ids.Empty() && codings.Empty()) ids.AddAll();
+  if (mode == 0) {
+    m_broadcastIds.Add(ids);
+    m_broadcastCodings.Add(codings);
+  } else {
+    m_broadcastIds.Remove(ids);
+    m_broadcastCodings.Remove(codings);
+  }
   return Ok();
 }
 

@@ -33,15 +33,18 @@ CSimulatedModem::Result CSimulatedModem::Send(const StoredMessage& message, cons
   if (sms_pdu::DecodeSubmit(tpdu, message.tpduLength, &submit) != sms_pdu::PduError::None) {
     return Cms(kCmsInvalidPduParameter);
   }
-  m_world.After(m_options.latencyMs, [this, submit, replyName, accepted = std::move(accepted)] {
-    const Result verdict = Judge(submit);
-    if (verdict.kind == Result::Kind::Ok) {
-      Inform(std::string(replyName) + ": " + std::to_string(m_btReference));
-      if (accepted) accepted();
-      Carry(submit, m_btReference++);
-    }
-    Finish(verdict);
-  });
+  m_world.After(m_options.latencyMs,
+                [this, message, submit, replyName, accepted = std::move(accepted), life = m_uLife] {
+                  if (life != m_uLife) return;  // the power went before the message was out
+                  const Result verdict = Judge(submit);
+                  if (verdict.kind == Result::Kind::Ok) {
+                    Inform(std::string(replyName) + ": " + std::to_string(m_btReference));
+                    if (accepted) accepted();
+                    Note(message, submit);
+                    Carry(submit, m_btReference++);
+                  }
+                  Finish(verdict);
+                });
   return Later();
 }
 
@@ -53,6 +56,12 @@ CSimulatedModem::Result CSimulatedModem::Judge(const sms_pdu::Submit& submit) {
     if (SameNumber(refused, number)) return Cms(code);
   }
   return Ok();
+}
+
+void CSimulatedModem::Note(const StoredMessage& message, const sms_pdu::Submit& submit) {
+  if (m_lstSent.size() == kSentLimit) m_lstSent.pop_front();
+  const auto start = message.pdu.end() - static_cast<std::ptrdiff_t>(message.tpduLength);
+  m_lstSent.push_back({NumberOf(submit.destination), m_btReference, {start, message.pdu.end()}});
 }
 
 /// Takes an accepted message to its recipient, and what follows from it back.
@@ -81,6 +90,36 @@ void CSimulatedModem::Carry(const sms_pdu::Submit& submit, BYTE reference) {
 
 bool CSimulatedModem::Arrive(const sms_pdu::Deliver& message) { return Queue(message, nullptr); }
 
+bool CSimulatedModem::Arrive(const sms_pdu::StatusReport& report) {
+  BYTE tpdu[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  Incoming incoming;
+  incoming.isReport = true;
+  return sms_pdu::EncodeStatusReport(report, tpdu, sizeof tpdu, &size) == sms_pdu::PduError::None &&
+         QueueTpdu(tpdu, size, std::move(incoming));
+}
+
+bool CSimulatedModem::ArriveTpdu(const std::vector<BYTE>& tpdu) {
+  if (tpdu.empty() || tpdu.size() > sms_pdu::kTpduOctets) return false;
+  Incoming incoming;
+  incoming.isReport = sms_pdu::TypeTowardsDevice(tpdu[0]) == sms_pdu::TpduType::StatusReport;
+  sms_pdu::Deliver message;
+  if (sms_pdu::DecodeDeliver(tpdu.data(), tpdu.size(), &message) == sms_pdu::PduError::None) {
+    incoming.coding = sms_pdu::ParseDataCoding(message.userData.dcs);
+  }
+  return QueueTpdu(tpdu.data(), tpdu.size(), std::move(incoming));
+}
+
+PageFate CSimulatedModem::Broadcast(const BroadcastPage& page) {
+  if (!Registered()) return PageFate::NoNetwork;
+  if (!m_broadcastIds.Contains(page.channel)) return PageFate::NotSelected;
+  if (!m_broadcastCodings.Empty() && !m_broadcastCodings.Contains(page.dcs)) return PageFate::NotSelected;
+  if (m_indications[kBm] != 2) return PageFate::NotWanted;
+  const std::vector<BYTE> octets = EncodePage(page);
+  Indicate("+CBM: " + std::to_string(octets.size()) + LineEnd() + HexOf(octets));
+  return PageFate::Shown;
+}
+
 /// Puts the service centre in front.
 bool CSimulatedModem::Wrap(const BYTE* tpdu, std::size_t size, StoredMessage* out) const {
   sms_pdu::Address centre;
@@ -97,37 +136,28 @@ bool CSimulatedModem::Wrap(const BYTE* tpdu, std::size_t size, StoredMessage* ou
 }
 
 bool CSimulatedModem::Queue(const sms_pdu::Deliver& message, const sms_pdu::StatusReport* report) {
-  Incoming incoming;
   BYTE tpdu[sms_pdu::kTpduOctets];
   std::size_t size = 0;
-  if (m_lstWaiting.size() >= kWaitingLimit ||
-      sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None ||
-      !Wrap(tpdu, size, &incoming.message)) {
-    return false;
-  }
+  if (sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None) return false;
+  Incoming incoming;
   incoming.coding = sms_pdu::ParseDataCoding(message.userData.dcs);
   if (report) {
     incoming.hasReport = true;
     incoming.report = *report;
   }
+  return QueueTpdu(tpdu, size, std::move(incoming));
+}
+
+bool CSimulatedModem::QueueTpdu(const BYTE* tpdu, std::size_t size, Incoming incoming) {
+  if (m_lstWaiting.size() >= kWaitingLimit || !Wrap(tpdu, size, &incoming.message)) return false;
   m_lstWaiting.push_back(std::move(incoming));
   HandOver();
   return true;
 }
 
 void CSimulatedModem::QueueReport(sms_pdu::StatusReport report) {
-  Incoming incoming;
-  BYTE tpdu[sms_pdu::kTpduOctets];
-  std::size_t size = 0;
   report.dischargeTime = m_world.Now();
-  incoming.isReport = true;
-  if (m_lstWaiting.size() >= kWaitingLimit ||
-      sms_pdu::EncodeStatusReport(report, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None ||
-      !Wrap(tpdu, size, &incoming.message)) {
-    return;
-  }
-  m_lstWaiting.push_back(std::move(incoming));
-  HandOver();
+  Arrive(report);
 }
 
 /// Hands over whatever can be; the rest stays, in order.
@@ -201,21 +231,27 @@ void CSimulatedModem::AwaitAcknowledgement(const Incoming& incoming) {
     // Nobody listens any more: no direct lines until +CNMI asks for them again (3GPP TS 27.005, 3.4.4).
     m_indications[kMt] = 0;
     m_indications[kDs] = 0;
-    Acknowledged(false);
+    PutBack();
     HandOver();
   });
 }
 
 void CSimulatedModem::Acknowledged(bool accepted) {
-  m_bAwaitsAcknowledgement = false;
-  const Incoming incoming = std::move(m_unacknowledged);
-  m_unacknowledged = Incoming();
   if (!accepted) {
-    m_lstWaiting.push_front(incoming);  // until something changes; handed over again at once it would come in circles
+    PutBack();  // until something changes; handed over again at once it would come in circles
     return;
   }
+  m_bAwaitsAcknowledgement = false;
+  const Incoming incoming = std::exchange(m_unacknowledged, Incoming());
   Delivered(incoming);
   HandOver();
+}
+
+/// What nobody has acknowledged is the centre's again.
+void CSimulatedModem::PutBack() {
+  if (!m_bAwaitsAcknowledgement) return;
+  m_bAwaitsAcknowledgement = false;
+  m_lstWaiting.push_front(std::exchange(m_unacknowledged, Incoming()));
 }
 
 }  // namespace modem_sim

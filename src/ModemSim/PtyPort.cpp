@@ -42,11 +42,36 @@ bool MakeRaw(int descriptor) {
 
 CPtyPort::CPtyPort(asio::io_context& context) : m_context(context), m_master(context), m_watch(context) {}
 
-CPtyPort::~CPtyPort() {
+CPtyPort::~CPtyPort() { Close(); }
+
+void CPtyPort::RemoveLink() {
   char target[PATH_MAX];
   const ssize_t size = m_strLink.empty() ? -1 : readlink(m_strLink.c_str(), target, sizeof target);
   if (size > 0 && m_strPath == std::string(target, static_cast<std::size_t>(size))) unlink(m_strLink.c_str());
+}
+
+void CPtyPort::Close() {
+  RemoveLink();
+  ++m_uLife;
+  boost::system::error_code ignored;
+  m_watch.close(ignored);
+  m_master.close(ignored);
   if (m_iSlave >= 0) close(m_iSlave);
+  m_iSlave = -1;
+  m_iOpened = 0;
+  m_strOutput.clear();
+}
+
+void CPtyPort::Unplug() { Close(); }
+
+bool CPtyPort::Plug(std::string* error) {
+  if (m_master.is_open()) return true;
+  if (!Open(error) || (!m_strLink.empty() && !Link(m_strLink, error))) {
+    Close();
+    return false;
+  }
+  Start(*m_pModem);
+  return true;
 }
 
 bool CPtyPort::Open(std::string* error) {
@@ -95,11 +120,12 @@ void CPtyPort::Start(CSimulatedModem& modem) {
 }
 
 void CPtyPort::ReadMore() {
-  m_master.async_read_some(asio::buffer(m_input), [this](const boost::system::error_code& error, std::size_t count) {
-    if (error) return;
+  const auto take = [this, life = m_uLife](const boost::system::error_code& error, std::size_t count) {
+    if (error || life != m_uLife) return;
     m_pModem->Receive(m_input.data(), count);
     ReadMore();
-  });
+  };
+  m_master.async_read_some(asio::buffer(m_input), take);
 }
 
 /// Everything the other side has written so far.
@@ -111,11 +137,12 @@ void CPtyPort::ReadAvailable() {
 }
 
 void CPtyPort::WatchMore() {
-  m_watch.async_read_some(asio::buffer(m_events), [this](const boost::system::error_code& error, std::size_t count) {
-    if (error) return;
+  const auto take = [this, life = m_uLife](const boost::system::error_code& error, std::size_t count) {
+    if (error || life != m_uLife) return;
     OnOpenedOrClosed(count);
     WatchMore();
-  });
+  };
+  m_watch.async_read_some(asio::buffer(m_events), take);
 }
 
 void CPtyPort::OnOpenedOrClosed(std::size_t count) {
@@ -136,7 +163,7 @@ void CPtyPort::OnOpenedOrClosed(std::size_t count) {
 }
 
 void CPtyPort::Write(const std::string& bytes) {
-  if (m_strOutput.size() + bytes.size() > kOutputLimit) return;
+  if (!m_master.is_open() || m_strOutput.size() + bytes.size() > kOutputLimit) return;
   m_strOutput += bytes;
   if (m_strWriting.empty()) WriteMore();
 }
@@ -144,10 +171,11 @@ void CPtyPort::Write(const std::string& bytes) {
 void CPtyPort::WriteMore() {
   m_strWriting.swap(m_strOutput);
   if (m_strWriting.empty()) return;
-  asio::async_write(m_master, asio::buffer(m_strWriting), [this](const boost::system::error_code& error, std::size_t) {
+  const auto next = [this, life = m_uLife](const boost::system::error_code& error, std::size_t) {
     m_strWriting.clear();
-    if (!error) WriteMore();
-  });
+    if (!error || life != m_uLife) WriteMore();
+  };
+  asio::async_write(m_master, asio::buffer(m_strWriting), next);
 }
 
 void CPtyPort::After(int milliseconds, std::function<void()> call) {

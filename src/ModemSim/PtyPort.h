@@ -1,7 +1,7 @@
 // The serial port of a simulated modem: a pseudo-terminal.
 #pragma once
 
-#include "SimulatedModem.h"
+#include "Control.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
@@ -14,7 +14,7 @@ namespace modem_sim {
 /// Threads: the one that runs the io_context. Life: the modem given to Start() must outlive the running of the
 /// io_context. The other side may close and open the port again at any time; what it has not read by then is gone, as
 /// on a serial line.
-class CPtyPort : public IModemWorld {
+class CPtyPort : public IModemWorld, public IModemLine {
 public:
   explicit CPtyPort(boost::asio::io_context& context);
   ~CPtyPort();
@@ -26,16 +26,21 @@ public:
   bool Open(std::string* error);
   /// The device that the computer opens, "/dev/pts/3".
   const std::string& Path() const { return m_strPath; }
-  /// Makes a symbolic link to Path(), in place of one that is there; the destructor removes it.
+  /// Makes a symbolic link to Path(), in place of one that is there; it goes with the device.
   /// @return false: *error says why.
   bool Link(const std::string& link, std::string* error);
   void Start(CSimulatedModem& modem);
+  /// The device and the link vanish, and come back: another device, the same link.
+  void Unplug() override;
+  bool Plug(std::string* error) override;
 
   void Write(const std::string& bytes) override;
   void After(int milliseconds, std::function<void()> call) override;
   sms_pdu::TimeStamp Now() override;
 
 private:
+  void Close();
+  void RemoveLink();
   void ReadMore();
   void ReadAvailable();
   void WriteMore();
@@ -46,6 +51,7 @@ private:
   boost::asio::posix::stream_descriptor m_master;
   boost::asio::posix::stream_descriptor m_watch;  // inotify on the device
   int m_iSlave = -1;                              // kept open, so that the other side's closing is no end of file here
+  std::uint64_t m_uLife = 0;                      // tells late completions from those of the current device
   int m_iOpened = 0;                              // times that the other side has the device open
   std::string m_strPath;
   std::string m_strLink;

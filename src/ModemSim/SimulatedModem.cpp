@@ -25,8 +25,9 @@ const std::size_t kBackspace = 5;
 CSimulatedModem::CSimulatedModem(const ModemOptions& options, IModemWorld& world)
     : m_options(options),
       m_world(world),
-      m_bLocked(!options.pin.empty()),
-      m_bNetwork(options.network),
+      m_card(options.pin.empty() ? CardState::Ready : CardState::Pin),
+      m_strPin(options.pin),
+      m_network(options.network),
       m_strServiceCentre(options.serviceCentre),
       m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)} {
   ResetSettings();
@@ -53,6 +54,7 @@ void CSimulatedModem::ResetSettings() {
 }
 
 void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
+  if (!m_bPowered) return;
   for (std::size_t i = 0; i < count; ++i) {
     if (m_state == State::Busy) {
       m_strHeld.append(bytes + i, std::min(count - i, kHeldLimit - m_strHeld.size()));

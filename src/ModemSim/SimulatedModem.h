@@ -3,8 +3,10 @@
 
 #include "AtCommand.h"
 #include "AtLine.h"
+#include "BroadcastPage.h"
 #include "MessageStore.h"
 #include "ModemOptions.h"
+#include "NumberSet.h"
 #include "SmsPdu.h"
 
 #include <array>
@@ -30,6 +32,19 @@ protected:
   ~IModemWorld() {}
 };
 
+enum class CardState { Ready, Pin, Puk, Absent, Busy };
+enum class Memory : std::size_t { Sim = 0, Equipment = 1 };
+
+/// What became of a broadcast page.
+enum class PageFate { Shown, NotSelected, NotWanted, NoNetwork };
+
+/// A message that the network has accepted.
+struct SentMessage {
+  std::string number;
+  BYTE reference = 0;
+  std::vector<BYTE> tpdu;
+};
+
 /// Purpose:  a 3GPP modem with a card (memory SM), its own memory (ME) and a network that confirms, refuses, reports
 ///           and brings back what is sent to its own number. PDU mode. 3GPP TS 27.005, 27.007, ITU-T V.250.
 /// Threads:  one, that of the caller; calls of IModemWorld::After come on the same one.
@@ -46,20 +61,48 @@ public:
   /// The computer has closed the port: a half line or an open prompt is forgotten, everything else stays.
   void HangUp();
 
+  // The network: Network.cpp
+
   /// A message arrives at the service centre for this modem.
   /// @return false: it cannot be encoded, or the centre keeps too many already.
   bool Arrive(const sms_pdu::Deliver& message);
-  /// The network comes and goes.
-  void SetNetwork(bool present);
+  bool Arrive(const sms_pdu::StatusReport& report);
+  /// The same for the octets of an SMS-DELIVER or SMS-STATUS-REPORT, damaged ones too.
+  /// @return false: there are none or more than a TPDU has, or the centre keeps too many already.
+  bool ArriveTpdu(const std::vector<BYTE>& tpdu);
+  PageFate Broadcast(const BroadcastPage& page);
   /// Messages and reports that the centre has not been able to hand over yet.
   std::size_t Waiting() const { return m_lstWaiting.size(); }
+  /// The last kSentLimit accepted messages, in order; valid until the modem does something.
+  static const std::size_t kSentLimit = 100000;
+  const std::deque<SentMessage>& Sent() const { return m_lstSent; }
+  void ForgetSent() { m_lstSent.clear(); }
+
+  // What happens to the device: Events.cpp
+
+  void SetNetwork(NetworkState state);
+  /// @param value  <rssi> of +CSQ: 0..31, 99: unknown.
+  void SetSignal(int value);
+  /// @param pin  what unlocks the card from now on; empty: the one it has, "1234" when it has none.
+  void SetCard(CardState state, const std::string& pin = std::string());
+  /// Somebody calls: RING every five seconds until EndCall() or ATH.
+  void Ring(const std::string& number);
+  void EndCall();
+  /// Without power the modem hears and says nothing; with it, it starts with the settings of ATZ and a locked card.
+  void PowerOff();
+  void PowerOn();
+  /// Power off, and on again after this time.
+  void Restart(int milliseconds);
+  bool Powered() const { return m_bPowered; }
   /// What the card (SM) holds.
-  const CMessageStore& Card() const { return m_stores[static_cast<std::size_t>(Memory::Sim)]; }
+  const CMessageStore& Card() const { return MemoryOf(Memory::Sim); }
+  const CMessageStore& MemoryOf(Memory memory) const { return m_stores[static_cast<std::size_t>(memory)]; }
+  /// Fills the free places with messages of the service centre.
+  /// @return how many they were.
+  int Fill(Memory memory);
 
 private:
   enum class State { Command, Prompt, Busy };
-  enum class Memory : std::size_t { Sim = 0, Equipment = 1 };
-
   /// How a command ended. Later: it has not; Finish() comes.
   struct Result {
     enum class Kind { Ok, Error, Cme, Cms, NoCarrier, Later };
@@ -125,6 +168,7 @@ private:
   Result OnVerbose(const AtCommand& command);
   Result OnReset(const AtCommand& command);
   Result OnIgnored(const AtCommand& command);
+  Result OnHangUpCall(const AtCommand& command);
   Result OnDial(const AtCommand& command);
   Result OnRegister(const AtCommand& command);
   Result OnIdentity(const AtCommand& command);
@@ -141,8 +185,9 @@ private:
   Result OnOperator(const AtCommand& command);
   Result OnCharacterSet(const AtCommand& command);
   Result Inform(const AtCommand& command, const std::string& text);
-  bool CardReady() const { return !m_bLocked; }
-  bool Registered() const { return m_bNetwork && CardReady() && m_iFunctionality == 1; }
+  bool CardReady() const { return m_card == CardState::Ready; }
+  bool OnAir() const { return m_bPowered && m_iFunctionality == 1; }
+  bool Registered() const;
   Result CardLocked() const;
   std::string RegistrationState() const;
   std::string Registration(int mode) const;
@@ -166,7 +211,7 @@ private:
   static bool ParsePdu(const std::string& digits, int tpduLength, StoredMessage* out);
   CMessageStore& Store(Memory memory) { return m_stores[static_cast<std::size_t>(memory)]; }
   static const char* NameOf(Memory memory) { return memory == Memory::Sim ? "SM" : "ME"; }
-  std::string Fill(Memory memory);
+  std::string FillOf(Memory memory);
   void InformMessage(const std::string& head, const StoredMessage& message);
   static std::string HexOf(const std::vector<BYTE>& octets);
 
@@ -176,7 +221,9 @@ private:
   void Carry(const sms_pdu::Submit& submit, BYTE reference);
   bool Wrap(const BYTE* tpdu, std::size_t size, StoredMessage* out) const;
   bool Queue(const sms_pdu::Deliver& message, const sms_pdu::StatusReport* report);
+  bool QueueTpdu(const BYTE* tpdu, std::size_t size, Incoming incoming);
   void QueueReport(sms_pdu::StatusReport report);
+  void Note(const StoredMessage& message, const sms_pdu::Submit& submit);
   void HandOver();
   bool GoesDirectly(const Incoming& incoming) const;
   bool HandOverDirectly(const Incoming& incoming);
@@ -185,6 +232,8 @@ private:
   void Delivered(const Incoming& incoming);
   void AwaitAcknowledgement(const Incoming& incoming);
   void Acknowledged(bool accepted);
+  void PutBack();
+  void RingOnce(std::uint64_t call);
 
   // constant after construction
   const ModemOptions m_options;
@@ -220,20 +269,26 @@ private:
   std::string m_strCharacterSet = "GSM";
 
   // the device
-  bool m_bLocked = false;
+  bool m_bPowered = true;
+  std::uint64_t m_uLife = 0;  // counts up when the power goes
+  CardState m_card = CardState::Ready;
+  std::string m_strPin;  // empty: no lock
   int m_iPinTries = 3;
-  bool m_bNetwork = true;
+  NetworkState m_network = NetworkState::Home;
+  int m_iSignal = 20;
   int m_iFunctionality = 1;
   std::string m_strServiceCentre;
-  std::string m_strBroadcastIds;
-  std::string m_strBroadcastCodings;
-  int m_iBroadcastMode = 0;
+  CNumberSet m_broadcastIds;      // accepted
+  CNumberSet m_broadcastCodings;  // accepted; none: all
   std::array<CMessageStore, 2> m_stores;
   std::array<Memory, 3> m_memories{Memory::Sim, Memory::Sim, Memory::Sim};
 
   // the network
   BYTE m_btReference = 0;
   int m_iSends = 0;
+  std::deque<SentMessage> m_lstSent;
+  std::string m_strCaller;  // empty: nobody calls
+  std::uint64_t m_uCall = 0;
   std::deque<Incoming> m_lstWaiting;
   bool m_bAwaitsAcknowledgement = false;
   std::uint64_t m_uDelivery = 0;  // tells a late time-out from that of the current delivery

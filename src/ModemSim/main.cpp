@@ -1,4 +1,5 @@
 // modem-sim: a simulated modem on a pseudo-terminal.
+#include "ControlSocket.h"
 #include "PtyPort.h"
 #include "SimulatedModem.h"
 
@@ -22,6 +23,7 @@ const int kUsageError = 2;
 struct Arguments {
   ModemOptions modem;
   std::string link;
+  std::string control;
   bool exitWithStdin = false;
 };
 
@@ -51,6 +53,8 @@ void Describe(CLI::App* app, Arguments* arguments) {
   const CLI::Validator number(CheckNumber, "NUMBER");
   const CLI::Validator refusal([modem](const std::string& text) { return TakeRefusal(text, modem); }, "NUMBER=CODE");
   app->add_option("--link", arguments->link, "make a symbolic link to the port, removed at the end")->type_name("PATH");
+  app->add_option("--control", arguments->control, "make a Unix socket that takes requests as JSON, one a line")
+      ->type_name("PATH");
   app->add_option("--number", modem->number, "the modem's own number; what is sent to it comes back")
       ->check(number)
       ->capture_default_str();
@@ -78,7 +82,7 @@ void Describe(CLI::App* app, Arguments* arguments) {
           },
           "PIN"));
   app->add_flag_callback(
-      "--no-network", [modem] { modem->network = false; }, "never find a network");
+      "--no-network", [modem] { modem->network = modem_sim::NetworkState::Searching; }, "never find a network");
   app->add_flag("--interrupt", modem->interrupt, "write unsolicited lines also inside replies");
   app->add_flag("--exit-with-stdin", arguments->exitWithStdin, "end when the standard input is closed");
   app->set_version_flag("--version", std::string("modem-sim ") + modem_sim::kVersion);
@@ -126,6 +130,12 @@ int Run(const Arguments& arguments) {
     return EXIT_FAILURE;
   }
   modem_sim::CSimulatedModem modem(arguments.modem, port);
+  modem_sim::CControl control(modem, port, port);
+  modem_sim::CControlSocket socket(context, control);
+  if (!arguments.control.empty() && !socket.Open(arguments.control, &error)) {
+    std::cerr << "modem-sim: " << error << '\n';
+    return EXIT_FAILURE;
+  }
   port.Start(modem);
   CStdinWatch input(context);
   if (arguments.exitWithStdin) boost::asio::post(context, [&input] { input.Start(); });

@@ -56,7 +56,7 @@ void SetOption(const std::string& text, ModemOptions* options) {
   } else if (name == "pin") {
     options->pin = value;
   } else if (name == "no-network") {
-    options->network = false;
+    options->network = NetworkState::Searching;
   } else if (name == "interrupt") {
     options->interrupt = true;
   } else {
@@ -139,7 +139,7 @@ private:
     if (what == "advance") {
       m_world.Advance(std::stoi(value));
     } else if (what == "network") {
-      m_pModem->SetNetwork(value == "on");
+      m_pModem->SetNetwork(value == "on" ? NetworkState::Home : NetworkState::Searching);
     } else if (what == "hang") {
       m_pModem->HangUp();
     } else if (what == "arrive") {

@@ -144,13 +144,13 @@ TEST(SimulatedModem, RefusesAPduThatIsTooLongAndGoesOn) {
 
 TEST(SimulatedModem, KeepsNoMoreThanItsLimitWhileNobodyCanTakeIt) {
   ModemOptions options;
-  options.network = false;
+  options.network = NetworkState::Searching;
   Desk desk(options);
   int accepted = 0;
   while (accepted < 5000 && desk.modem.Arrive(MakeMessage())) ++accepted;
   EXPECT_EQ(accepted, 1000);
   EXPECT_EQ(desk.modem.Waiting(), 1000U);
-  desk.modem.SetNetwork(true);
+  desk.modem.SetNetwork(NetworkState::Home);
   EXPECT_EQ(desk.modem.Waiting(), 980U);  // the card has taken twenty
 }
 

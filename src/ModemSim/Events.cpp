@@ -1,0 +1,95 @@
+// What happens to the device from outside: network, card, calls, power.
+#include "SimulatedModem.h"
+
+#include <algorithm>
+
+namespace modem_sim {
+namespace {
+
+const int kRingMs = 5000;
+const int kPinTries = 3;
+const char kDefaultPin[] = "1234";
+
+}  // namespace
+
+void CSimulatedModem::SetNetwork(NetworkState state) {
+  const std::string before = RegistrationState();
+  m_network = state;
+  RegistrationChanged(before);
+}
+
+void CSimulatedModem::SetSignal(int value) { m_iSignal = value == 99 ? value : std::clamp(value, 0, 31); }
+
+void CSimulatedModem::SetCard(CardState state, const std::string& pin) {
+  const std::string before = RegistrationState();
+  if (!pin.empty()) m_strPin = pin;
+  if ((state == CardState::Pin || state == CardState::Puk) && m_strPin.empty()) m_strPin = kDefaultPin;
+  m_card = state;
+  m_iPinTries = state == CardState::Puk ? 0 : kPinTries;
+  RegistrationChanged(before);
+}
+
+void CSimulatedModem::Ring(const std::string& number) {
+  m_strCaller = number;
+  RingOnce(++m_uCall);
+}
+
+void CSimulatedModem::RingOnce(std::uint64_t call) {
+  if (m_strCaller.empty() || call != m_uCall) return;
+  if (Registered()) Unsolicited("RING");
+  m_world.After(kRingMs, [this, call] { RingOnce(call); });
+}
+
+void CSimulatedModem::EndCall() {
+  if (m_strCaller.empty()) return;
+  m_strCaller.clear();
+  Unsolicited("NO CARRIER");
+}
+
+void CSimulatedModem::PowerOff() {
+  ++m_uLife;
+  if (!m_bPowered) return;
+  HangUp();
+  PutBack();
+  m_bPowered = false;
+  m_state = State::Command;
+  m_strCaller.clear();
+  m_lstInformation.clear();
+  m_lstUnsolicited.clear();
+  m_lstBuffered.clear();
+  ResetSettings();
+}
+
+void CSimulatedModem::PowerOn() {
+  if (m_bPowered) return;
+  m_bPowered = true;
+  m_iFunctionality = 1;
+  if (m_card == CardState::Ready && !m_strPin.empty()) m_card = CardState::Pin;
+  HandOver();
+}
+
+void CSimulatedModem::Restart(int milliseconds) {
+  PowerOff();
+  m_world.After(milliseconds, [this, life = m_uLife] {
+    if (life == m_uLife) PowerOn();
+  });
+}
+
+int CSimulatedModem::Fill(Memory memory) {
+  sms_pdu::Deliver message;
+  sms_pdu::MakeAddress(m_options.serviceCentre.c_str(), &message.originator);
+  sms_pdu::SetText(&message.userData, u"full", 4);
+  message.time = m_world.Now();
+  BYTE tpdu[sms_pdu::kTpduOctets];
+  std::size_t size = 0;
+  StoredMessage stored;
+  if (sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None ||
+      !Wrap(tpdu, size, &stored)) {
+    return 0;
+  }
+  int filled = 0;
+  while (Store(memory).Add(stored) != 0) ++filled;
+  return filled;
+}
+
+}  // namespace modem_sim
