@@ -22,6 +22,10 @@ elseif(SMS_SANITIZER STREQUAL "tsan")
   # no-tsan: the compiler warns of fences in Boost.Asio, which the sanitizer does not follow
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -O1 -g1 $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
   add_link_options(-fsanitize=thread)
+elseif(SMS_SANITIZER STREQUAL "fuzz")
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize=vptr,null
+                      -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g1)
+  add_link_options(-fsanitize=address,undefined)
 endif()
 if(SMS_SANITIZER)
   target_compile_definitions(sms_flags INTERFACE SMS_CHECK_LOCK_ORDER)

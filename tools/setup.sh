@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building and testing need, when any of them is missing.
+# Installs the Debian packages that building and testing need, when any of them is missing; also those that are named.
+#
+# usage: setup.sh [PACKAGE...]
 set -eu
 
 packages=(
   g++ cmake ninja-build python3 binutils    # build and checks
   libboost-dev libcli11-dev libsqlite3-dev
   libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
+  "$@"
 )
 
 missing=()
