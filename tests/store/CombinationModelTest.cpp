@@ -16,6 +16,7 @@ struct Part {
   int reference, total, part;
   bool timed;
   long long seconds;
+  bool recycled;
 };
 
 struct Model {
@@ -23,8 +24,9 @@ struct Model {
   int nextRow = 1;
 
   static bool Counts(const Part& stored, const Part& incoming) {
-    return stored.timed && stored.number == incoming.number && stored.reference == incoming.reference &&
-           stored.total == incoming.total && std::llabs(stored.seconds - incoming.seconds) <= 86400;
+    return !stored.recycled && stored.timed && stored.number == incoming.number &&
+           stored.reference == incoming.reference && stored.total == incoming.total &&
+           std::llabs(stored.seconds - incoming.seconds) <= 86400;
   }
 
   /// The stored part to take for a number: the nearest in time, of these the first stored. Row 0: none.
@@ -74,6 +76,15 @@ struct Model {
       }
     }
     rows.push_back(whole);
+  }
+
+  /// @return its row; 0: there is none at that place, or it is in the recycle box already.
+  int Recycle(std::size_t at) {
+    if (at >= rows.size() || rows[at].recycled) {
+      return 0;
+    }
+    rows[at].recycled = true;
+    return rows[at].row;
   }
 
   std::vector<std::string> Lines() const {
@@ -140,6 +151,10 @@ TEST_P(CombinationModel, AgreesOnRandomPartsInRandomOrder) {
   CStoreHome home;
   Model model;
   for (int serial = 1; serial <= 250; ++serial) {
+    if (random.OneIn(15)) {
+      const int row = model.Recycle(static_cast<std::size_t>(random.Between(0, 30)));
+      ASSERT_EQ(0, row == 0 ? 0 : home.Store().DeleteRecord(row));
+    }
     const Part part = RandomPart(random, serial);
     CSMSRecordImpl record =
         MakePart(Utf16(part.content), part.part, part.total, part.reference,
