@@ -55,13 +55,13 @@ bool CEventRaiser::RemoveSink(Source source, IUniCommEvent* pSink) {
   return removed;
 }
 
-void CEventRaiser::Post(Source source, const UniCommCall& call, const std::function<void()>& onTaken) {
+void CEventRaiser::Post(Source source, const UniCommCall& call, const RaisedCall& onRaised) {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     if (m_bEnd) {
       return;
     }
-    m_items.push_back(Item{source, call, onTaken});
+    m_items.push_back(Item{source, call, onRaised});
   }
   m_hQueued.SetEvent();
 }
@@ -94,8 +94,9 @@ bool CEventRaiser::RaiseNext() {
     item = std::move(m_items.front());
     m_items.pop_front();
   }
-  if (Guarded([&] { return CallSinks(item); }) && item.onTaken) {
-    Guarded([&] { item.onTaken(); });
+  const bool taken = Guarded([&] { return CallSinks(item); });
+  if (item.onRaised) {
+    Guarded([&] { item.onRaised(taken); });
   }
   return true;
 }

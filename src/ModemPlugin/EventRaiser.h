@@ -21,6 +21,7 @@ public:
   enum class Source { kMessages, kNetwork };
   /// Calls one sink; answers what the sink answered.
   typedef std::function<bool(IUniCommEvent*)> UniCommCall;
+  typedef std::function<void(bool bTaken)> RaisedCall;
 
   CEventRaiser();
   ~CEventRaiser() override;
@@ -36,13 +37,13 @@ public:
   bool RemoveSink(Source source, IUniCommEvent* pSink);
 
   /// Queues an event with a payload that is copied.
-  /// @param onTaken  called on the event thread afterwards, when a sink has answered true; may be empty.
+  /// @param onRaised  called on the event thread afterwards with whether a sink has answered true; may be empty.
   template <class Payload>
-  void Raise(Source source, unsigned long event, const Payload& payload, const std::function<void()>& onTaken = {}) {
+  void Raise(Source source, unsigned long event, const Payload& payload, const RaisedCall& onRaised = {}) {
     Post(
         source,
         [event, copy = Payload(payload)](IUniCommEvent* sink) mutable { return sink->OnUniCommEvent(event, &copy); },
-        onTaken);
+        onRaised);
   }
   void Raise(Source source, unsigned long event) {
     Post(source, [event](IUniCommEvent* sink) { return sink->OnUniCommEvent(event, nullptr); }, {});
@@ -52,11 +53,11 @@ private:
   struct Item {
     Source source;
     UniCommCall call;
-    std::function<void()> onTaken;
+    RaisedCall onRaised;
   };
 
   void* Thread() override;
-  void Post(Source source, const UniCommCall& call, const std::function<void()>& onTaken);
+  void Post(Source source, const UniCommCall& call, const RaisedCall& onRaised);
   bool RaiseNext();
   bool CallSinks(const Item& item);
   bool IsRegistered(Source source, IUniCommEvent* pSink);

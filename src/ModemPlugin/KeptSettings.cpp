@@ -12,6 +12,7 @@ const VELK_wchar_t kValidity[] = u"Validity";
 const VELK_wchar_t kStatusReport[] = u"StatusReport";
 const VELK_wchar_t kReplyPath[] = u"ReplyPath";
 const VELK_wchar_t kPriority[] = u"Priority";
+const VELK_wchar_t kReceiveMode[] = u"ReceiveMode";
 const VELK_wchar_t kNetworkTime[] = u"NetworkTime";
 
 /// @return the number, or -1 when there is none from 0 to `highest`.
@@ -35,6 +36,8 @@ void LoadKeptSettings(WMSConfigurationType& config) {
   const int priority = ReadNumber(kPriority, SM_PRIORITY_EMERGENCY);
   config.dwValidity = validity >= 0 ? static_cast<DWORD>(validity) : config.dwValidity;
   config.enPri = priority >= 0 ? static_cast<SM_PRIORITY>(priority) : config.enPri;
+  const int receiveMode = ReadNumber(kReceiveMode, RECEIVE_NEWSMS_AFTER_STORED);
+  config.enRevMode = receiveMode > 0 ? static_cast<RECEIVE_NEWSMS_MODE>(receiveMode) : config.enRevMode;
   config.bEnableStatusReport = ReadNumber(kStatusReport, 1) == 1;
   config.bEnableReplyPath = ReadNumber(kReplyPath, 1) == 1;
 }
@@ -44,7 +47,8 @@ bool StoreKeptSettings(const WMSConfigurationType& before, const WMSConfiguratio
   const bool priority = WriteNumber(kPriority, before.enPri, now.enPri);
   const bool report = WriteNumber(kStatusReport, before.bEnableStatusReport, now.bEnableStatusReport);
   const bool replyPath = WriteNumber(kReplyPath, before.bEnableReplyPath, now.bEnableReplyPath);
-  return validity && priority && report && replyPath;
+  const bool receiveMode = WriteNumber(kReceiveMode, before.enRevMode, now.enRevMode);
+  return validity && priority && report && replyPath && receiveMode;
 }
 
 bool WantsNetworkTime() { return ReadNumber(kNetworkTime, 1) == 1; }

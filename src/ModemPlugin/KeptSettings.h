@@ -5,8 +5,8 @@
 
 namespace modem {
 
-/// They stand in section "ModemPlugin" of the settings file as "Validity", "StatusReport", "ReplyPath" and "Priority";
-/// what is absent or makes no sense leaves the field as it is. Threads: any.
+/// They stand in section "ModemPlugin" of the settings file as "Validity", "StatusReport", "ReplyPath", "Priority" and
+/// "ReceiveMode"; what is absent or makes no sense leaves the field as it is. Threads: any.
 void LoadKeptSettings(WMSConfigurationType& config);
 /// Writes those that differ. @return false: not all of them could be written.
 bool StoreKeptSettings(const WMSConfigurationType& before, const WMSConfigurationType& now);

@@ -172,6 +172,22 @@ bool ReadTpdu(const BYTE* octets, std::size_t size, const ReadRules& rules, SMRe
              : ReadDeliver(octets, size, rules, record);
 }
 
+/// What a modem writes: the service centre in front of the transfer PDU.
+struct Line {
+  BYTE octets[sms_pdu::kPduOctets] = {};
+  std::size_t size = 0;
+  std::size_t front = 0;  // octets of the service centre
+  sms_pdu::Address centre;
+};
+
+bool Split(const std::string& hex, Line& out) {
+  unsigned defects = 0;
+  return sms_pdu::HexToOctets(hex.data(), hex.size(), out.octets, sizeof out.octets, &out.size) ==
+             sms_pdu::PduError::None &&
+         sms_pdu::DecodeServiceCentre(out.octets, out.size, &out.centre, &out.front, &defects) ==
+             sms_pdu::PduError::None;
+}
+
 void KeepAsText(const std::string& hex, SMReadRecord& record) {
   std::fill(std::begin(record.wszContent), std::end(record.wszContent), u'\0');
   record.dwLength = static_cast<DWORD>(std::min<std::size_t>(hex.size(), 160));
@@ -312,21 +328,23 @@ sms_pdu::TimeStamp FromLocalTime(const UTTime& local) {
 SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat, const ReadRules& rules) {
   SMReadRecord record;
   record.enSMStat = enStat;
-  BYTE octets[sms_pdu::kPduOctets];
-  std::size_t size = 0;
-  std::size_t front = 0;
-  unsigned defects = 0;
-  sms_pdu::Address centre;
-  const bool read =
-      sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) == sms_pdu::PduError::None &&
-      sms_pdu::DecodeServiceCentre(octets, size, &centre, &front, &defects) == sms_pdu::PduError::None &&
-      ReadTpdu(octets + front, size - front, rules, record);
-  if (read) {
-    CopyAscii(centre, record.szSCNum);
+  Line line;
+  if (Split(hex, line) && ReadTpdu(line.octets + line.front, line.size - line.front, rules, record)) {
+    CopyAscii(line.centre, record.szSCNum);
   } else {
     KeepAsText(hex, record);
   }
   return record;
+}
+
+bool ToLine(const std::string& hex, PduLine& out) {
+  Line line;
+  if (!Split(hex, line) || line.size == line.front) {
+    return false;
+  }
+  out.hex = hex;
+  out.tpduOctets = line.size - line.front;
+  return true;
 }
 
 bool ReadPage(const std::string& hex, CBSMessage& page) {

@@ -31,6 +31,10 @@ struct PduLine {
   std::size_t tpduOctets = 0;  // what AT+CMGS=<length> counts
 };
 
+/// A line from a modem, as it is written back.
+/// @return false: it is damaged.
+bool ToLine(const std::string& hex, PduLine& out);
+
 /// @param config  validity, report request and service centre.
 sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& config, PduLine& out);
 /// A received message as it is written into a device memory.

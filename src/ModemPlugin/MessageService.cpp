@@ -17,6 +17,7 @@ const unsigned int kStoreLimitMs = 20000;
 const unsigned int kListLimitMs = 60000;
 const DWORD kUnknownError = 500;  // 3GPP TS 27.005, 3.2.5
 const DWORD kInvalidIndex = 321;
+const int kMemoryFull = 322;
 const DWORD kLongestValidity = 255;  // 63 weeks (3GPP TS 23.040, 9.2.3.12.1)
 const int kListAll = 4;              // states of AT+CMGL in PDU mode are those of SMS_STAT
 const MSG_HANDLE kNoMessage = 0xFFFFFFFF;
@@ -50,11 +51,6 @@ bool Carry(DWORD* pdwStatus, Operation&& operation) {
   return Guarded(operation);
 }
 
-SMS_STAT StateOf(const std::string& text) {
-  DWORD state = 0;
-  return NumberOf(text, state) && state <= SMS_STAT_SENT ? static_cast<SMS_STAT>(state) : SMS_STAT_READ;
-}
-
 /// "0,1,5,320-478"; what makes no sense is left out.
 std::vector<CBS_MID> RangesOf(const std::string& list) {
   std::vector<CBS_MID> ranges;
@@ -86,6 +82,7 @@ CMessageService::CMessageService(CModem& modem) : m_modem(modem) {
   m_config.enRevMode = RECEIVE_NEWSMS_AFTER_STORED;
   LoadKeptSettings(m_config);
   m_modem.KeepNetworkTime(WantsNetworkTime());
+  m_modem.PreferDirect(m_config.enRevMode == RECEIVE_NEWSMS_DIRECT);
 }
 
 bool CMessageService::RegEventSink(IUniCommEvent* pSink) {
@@ -142,6 +139,10 @@ bool CMessageService::SetWMSConfig(WMSConfigurationType* pstConfig, DWORD* pdwSt
     }
     const std::string centre(pstConfig->szSCNum, strnlen(pstConfig->szSCNum, sizeof pstConfig->szSCNum));
     if (centre != m_modem.Facts().serviceCentre && !SetCentre(centre, pdwStatus)) {
+      return false;
+    }
+    const bool direct = pstConfig->enRevMode == RECEIVE_NEWSMS_DIRECT;
+    if (direct != (Config().enRevMode == RECEIVE_NEWSMS_DIRECT) && !Settle(m_modem.SetDirect(direct), pdwStatus)) {
       return false;
     }
     const std::lock_guard<std::mutex> guard(m_lock);
@@ -214,8 +215,11 @@ bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord*
     StoredPdu message;
     if (!m_modem.IsAvailable() || !m_modem.Stored().TakeListed(enMem, *phMsg, message)) {
       const CModem::CMemoryHold hold(m_modem, enMem);
-      if (!hold.IsOk() || !ReadFromModem(*phMsg, message, pdwStatus)) {
+      if (!Settle(hold.IsOk() ? m_modem.ReadHeld(*phMsg, message) : AtReply(), pdwStatus)) {
         return false;
+      }
+      if (message.hex.empty()) {
+        return Refuse(pdwStatus, kInvalidIndex);
       }
     }
     const SMS_STAT state = m_modem.Stored().Read(enMem, *phMsg, message, iAlterMode == UNREAD_SM_ALTER);
@@ -224,30 +228,13 @@ bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord*
   });
 }
 
-bool CMessageService::ReadFromModem(MSG_HANDLE hMsg, StoredPdu& message, DWORD* pdwStatus) {
-  CAtCommand command("+CMGR=");
-  const AtReply reply = m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGR:", kLimitMs);
-  if (!Settle(reply, pdwStatus)) {
-    return false;
-  }
-  if (reply.lines.size() < 2) {
-    return Refuse(pdwStatus, kInvalidIndex);  // an empty place answers OK alone
-  }
-  const std::vector<std::string> parameters = ParametersOf(reply.lines[0]);
-  message.hex = reply.lines[1];
-  message.enStat = parameters.empty() ? SMS_STAT_READ : StateOf(parameters[0]);
-  return true;
-}
-
 bool CMessageService::SMSDeleteMsg(SMS_MEM enMem, MSG_HANDLE hMsg, DWORD* pdwStatus) {
   return Carry(pdwStatus, [&] {
     if (hMsg == kNoMessage) {
       return Refuse(pdwStatus, kInvalidIndex);
     }
     const CModem::CMemoryHold hold(m_modem, enMem);
-    CAtCommand command("+CMGD=");
-    const AtReply reply =
-        hold.IsOk() ? m_modem.Execute(command.Number(static_cast<long>(hMsg)), "+CMGD:", kStoreLimitMs) : AtReply();
+    const AtReply reply = hold.IsOk() ? m_modem.DeleteHeld(hMsg) : AtReply();
     if (reply.IsOk() || reply.code == static_cast<int>(kInvalidIndex)) {
       m_modem.Stored().Forget(enMem, hMsg);
     }
@@ -267,6 +254,9 @@ bool CMessageService::SMSSaveMsg(SMS_MEM enMem, SMS_PARAM* pstParam, MSG_HANDLE*
     command.Number(pstParam->enSMSStat == SMS_STAT_ALL ? SMS_STAT_UNSENT : pstParam->enSMSStat);
     const AtReply reply =
         hold.IsOk() ? m_modem.ExecuteWithOctets(command, line.hex, "+CMGW:", kStoreLimitMs) : AtReply();
+    if (reply.final == AtReply::Final::kCmsError && reply.code == kMemoryFull) {
+      m_modem.NoteFull(enMem, true);
+    }
     if (!Settle(reply, pdwStatus)) {
       return false;
     }
@@ -304,6 +294,7 @@ bool CMessageService::SMSGetMemInfo(SMS_MEM enMem, DWORD* pdwTotal, DWORD* pdwUs
     if (parameters.size() < 3 || !NumberOf(parameters[1], used) || !NumberOf(parameters[2], total)) {
       return Refuse(pdwStatus);
     }
+    m_modem.NoteFull(enMem, total > 0 && used >= total);
     if (pdwUsed != nullptr) {
       *pdwUsed = used;
     }

@@ -38,7 +38,6 @@ public:
 private:
   WMSConfigurationType Config() const;
   bool SetCentre(const std::string& centre, DWORD* pdwStatus);
-  bool ReadFromModem(MSG_HANDLE hMsg, StoredPdu& message, DWORD* pdwStatus);
   bool MakeStored(const SMS_PARAM& part, PduLine& line) const;
   bool SelectChannels(bool bAdd, const char* pszChannels, const char* pszCodings, DWORD* pdwStatus);
 

@@ -1,5 +1,6 @@
 #include "Modem.h"
 
+#include "CauseText.h"
 #include "Guarded.h"
 #include "Lines.h"
 #include "ModemStart.h"
@@ -15,7 +16,27 @@ namespace {
 const unsigned int kSendLimitMs = 55000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kRetryMs = 1000;
+// Places in AT+CNMI and values there (3GPP TS 27.005, 3.4.1).
+const std::size_t kMessages = 1;
+const std::size_t kPages = 2;
+const int kNotices = 1;
+const int kDirect = 2;
 const char kNoThread[] = "the system refuses another thread. End some programs and try again.";
+
+std::string WhyNot(const AtReply& reply) {
+  switch (reply.final) {
+    case AtReply::Final::kCmsError:
+      return std::string(CauseText(reply.code)) + " (+CMS ERROR: " + std::to_string(reply.code) + ")";
+    case AtReply::Final::kCmeError:
+      return "+CME ERROR: " + std::to_string(reply.code);
+    case AtReply::Final::kNoAnswer:
+      return "the modem did not answer";
+    case AtReply::Final::kLineGone:
+      return "the modem is gone";
+    default:
+      return "the modem refused it without a cause";
+  }
+}
 
 }  // namespace
 
@@ -111,7 +132,7 @@ bool CModem::Connect(std::string& error) {
   ModemFacts facts;
   if (m_pReader->Start() != 0) {
     error = kNoThread;
-  } else if (StartModem(connection->dialogue, m_bBroadcasts, facts, error)) {
+  } else if (StartOn(connection->dialogue, facts, error)) {
     const CTurn turn(m_memory);
     if (TakeIntoUse(*connection, facts)) {
       return true;
@@ -134,7 +155,7 @@ bool CModem::Install(const std::shared_ptr<Connection>& connection) {
 /// The caller has the memories' turn.
 /// @return false: the line is gone already.
 bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
-  m_enChosen = SMS_MEM_UNKNOW;
+  m_strChosen.clear();
   m_stored.ForgetListings();
   const std::lock_guard<std::mutex> guard(m_lock);
   if (connection.bGone || m_bStop) {
@@ -199,13 +220,37 @@ AtReply CModem::Converse(const std::function<AtReply(CAtDialogue&)>& say) {
   return reply;
 }
 
+/// With the wishes of clients beside what the modem does by itself.
+bool CModem::StartOn(CAtDialogue& dialogue, ModemFacts& facts, std::string& error) {
+  if (!StartModem(dialogue, m_bBroadcasts, facts, error)) {
+    return false;
+  }
+  std::array<int, 5> indications = facts.indications;
+  indications[kMessages] = kDirect;
+  if (m_bDirect && facts.indications[kMessages] == kNotices &&
+      dialogue.Execute(IndicationsCommand(indications), "+CNMI:", kLimitMs).IsOk()) {
+    facts.indications = indications;
+  }
+  return true;
+}
+
 AtReply CModem::SetBroadcasts(bool bOn) {
-  const std::size_t kPages = 2;
+  const AtReply reply = SetIndication(kPages, bOn ? kDirect : 0);
+  m_bBroadcasts = reply.IsOk() ? bOn : m_bBroadcasts.load();
+  return reply;
+}
+
+AtReply CModem::SetDirect(bool bDirect) {
+  const AtReply reply = SetIndication(kMessages, bDirect ? kDirect : kNotices);
+  m_bDirect = reply.IsOk() ? bDirect : m_bDirect.load();
+  return reply;
+}
+
+AtReply CModem::SetIndication(std::size_t place, int value) {
   std::array<int, 5> indications = Facts().indications;
-  indications[kPages] = bOn ? 2 : 0;
+  indications[place] = value;
   const AtReply reply = Execute(IndicationsCommand(indications), "+CNMI:", kLimitMs);
   if (reply.IsOk()) {
-    m_bBroadcasts = bOn;
     const std::lock_guard<std::mutex> guard(m_lock);
     m_facts.indications = indications;
   }
@@ -336,7 +381,7 @@ void CModem::SendOne(const PduLine& line) {
   const bool taken = reply.IsOk() || (silent && !reply.lines.empty() && StartsWith(reply.lines.back(), "+CMGS:"));
   RaiseVerdict(taken ? 0 : reply.Status());
   if (!taken) {
-    TraceFault("a message was not sent, error " + std::to_string(reply.Status()));
+    TraceFault("a message was not sent: " + WhyNot(reply));
   }
 }
 
@@ -349,7 +394,7 @@ void CModem::AskAgain() {
   if (!connection) {
     return;
   }
-  if (StartModem(connection->dialogue, m_bBroadcasts, facts, error) && TakeIntoUse(*connection, facts)) {
+  if (StartOn(connection->dialogue, facts, error) && TakeIntoUse(*connection, facts)) {
     AnnounceState();
   } else {
     TraceFault("the modem " + error);

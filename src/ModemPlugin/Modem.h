@@ -70,16 +70,23 @@ public:
   class CMemoryHold {
   public:
     CMemoryHold(CModem& modem, SMS_MEM enMem);
+    /// @param name  as the modem names it, "SR"; empty: none.
+    CMemoryHold(CModem& modem, const std::string& name);
     /// The modem has taken the memory.
     bool IsOk() const { return m_bOk; }
 
   private:
-    bool Choose(CModem& modem, SMS_MEM enMem);
+    bool Choose(CModem& modem, const std::string& name);
 
     const CTurn m_hold;
     const bool m_bOk;
   };
 
+  /// Of the memory that is held. An empty place answers OK and leaves the message empty.
+  AtReply ReadHeld(MSG_HANDLE hMsg, StoredPdu& message);
+  AtReply DeleteHeld(MSG_HANDLE hMsg);
+  /// A memory was found full or not; that it has become full is told once.
+  void NoteFull(SMS_MEM enMem, bool bFull);
   CStoredMessages& Stored() { return m_stored; }
   /// How received messages are read; the times by the settings.
   ReadRules Rules() { return ReadRules{m_bNetworkTime, &m_pushes}; }
@@ -88,6 +95,10 @@ public:
   void SetServiceCentre(const std::string& number);
   /// Asks for broadcast pages, or for none, now and whenever the modem is started.
   AtReply SetBroadcasts(bool bOn);
+  /// Asks for new messages themselves, or for notices of stored ones, now and whenever the modem is started.
+  AtReply SetDirect(bool bDirect);
+  /// The same before the modem is started.
+  void PreferDirect(bool bDirect) { m_bDirect = bDirect; }
 
 private:
   /// A thread that runs one function of the modem.
@@ -124,12 +135,18 @@ private:
   void RaiseVerdict(DWORD dwStatus);
   void OnLost(Connection& connection);
   void OnUnsolicited(const std::string& line, const std::string& data);
-  void OnDirectMessage(const std::string& data);
+  void OnDirectMessage(const std::string& line, const std::string& data);
   void OnRegistration(const std::string& line);
   void OnStored(const std::string& line);
-  void OnPage(const std::string& data);
+  void OnFull(const std::string& line);
   void OnSim(const std::string& line);
-  void Acknowledge();
+  void RaiseMessage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
+  void RaisePage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
+  void Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage);
+  void Acknowledge(bool bTaken);
+  void KeepInMemory(const std::string& hex);
+  bool StartOn(CAtDialogue& dialogue, ModemFacts& facts, std::string& error);
+  AtReply SetIndication(std::size_t place, int value);
   void Queue(const std::function<void()>& task);
   void AnnounceState();
   std::shared_ptr<Connection> CurrentConnection() const;
@@ -140,6 +157,7 @@ private:
   std::atomic<bool> m_bStop{true};
   std::atomic<bool> m_bBroadcasts{true};
   std::atomic<bool> m_bNetworkTime{false};
+  std::atomic<bool> m_bDirect{false};
   JEvent m_hWork;  // something is queued, the line is lost, or the end has come
 
   mutable std::mutex m_lock;  // the next five
@@ -150,9 +168,10 @@ private:
   std::deque<PduLine> m_sends;
 
   CTurnstile m_memory;  // the chosen memory and commands about it
-  SMS_MEM m_enChosen = SMS_MEM_UNKNOW;
+  std::string m_strChosen;
   CStoredMessages m_stored;
   CWapPushes m_pushes;
+  std::array<std::atomic<bool>, 2> m_full{};  // SIM, modem
 
   std::unique_ptr<CWorker> m_pReader;
   std::unique_ptr<CWorker> m_pWorker;

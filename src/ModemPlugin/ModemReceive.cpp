@@ -8,49 +8,95 @@ namespace modem {
 namespace {
 
 const unsigned int kLimitMs = 5000;
+const unsigned int kStoreLimitMs = 20000;
 
 SMS_MEM MemoryOf(const std::string& name) {
   return name == "SM" ? SMS_MEM_SM : name == "ME" ? SMS_MEM_ME : SMS_MEM_UNKNOW;
 }
 
+/// Lines of makers that tell of a full memory: ^SMMEMFULL: "SM" | #SMOV: "SM" | +QIND: "smsfull","SM"
+bool TellsFull(const std::string& line) {
+  return StartsWith(line, "^SMMEMFULL:") || StartsWith(line, "#SMOV:") || StartsWith(line, "+QIND: \"smsfull\"");
+}
+
 }  // namespace
 
 void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
-  if (StartsWith(line, "+CMTI:") || StartsWith(line, "+CDSI:")) {
+  if (StartsWith(line, "+CMTI:") || StartsWith(line, "+CDSI:") || StartsWith(line, "+CBMI:")) {
     OnStored(line);
   } else if (StartsWith(line, "+CMT:") || StartsWith(line, "+CDS:")) {
-    OnDirectMessage(data);
+    OnDirectMessage(line, data);
   } else if (StartsWith(line, "+CBM:")) {
-    OnPage(data);
+    RaisePage(data, {});
   } else if (StartsWith(line, "+CREG:")) {
     OnRegistration(line);
   } else if (StartsWith(line, "+CPIN:")) {
     OnSim(line);
   } else if (TellsRestart(line)) {
     m_hWork.SetEvent();
+  } else if (TellsFull(line)) {
+    OnFull(line);
   }
 }
 
 void CModem::OnStored(const std::string& line) {
   const std::vector<std::string> parameters = ParametersOf(line);
-  const SMS_MEM memory = parameters.size() < 2 ? SMS_MEM_UNKNOW : MemoryOf(parameters[0]);
   SNewSmsNotifyType notice;
-  notice.enMem = memory;
-  if (memory == SMS_MEM_UNKNOW || !NumberOf(parameters[1], notice.hMsg)) {
+  if (parameters.size() < 2 || !NumberOf(parameters[1], notice.hMsg)) {
     TraceFault("a notice about a message that cannot be found: " + line);
     return;
   }
-  m_stored.Forget(memory, notice.hMsg);
+  const bool page = StartsWith(line, "+CBMI:");
+  notice.enMem = MemoryOf(parameters[0]);
+  if (page || notice.enMem == SMS_MEM_UNKNOW) {
+    Queue([this, name = parameters[0], hMsg = notice.hMsg, page] { Fetch(name, hMsg, page); });
+    return;
+  }
+  m_stored.Forget(notice.enMem, notice.hMsg);
   m_events.Raise(CEventRaiser::Source::kMessages, WMS_RECEIVE_SMS_NOTIFY, notice);
 }
 
-void CModem::OnPage(const std::string& data) {
+/// A message in a memory that the service does not know, "SR" of reports or "BM" of broadcasts (3GPP TS 27.005, 2.2.1),
+/// is handed over like a direct one, and deleted when the service has it.
+void CModem::Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage) {
+  StoredPdu message;
+  {
+    const CMemoryHold hold(*this, memory);
+    if (!hold.IsOk() || !ReadHeld(hMsg, message).IsOk() || message.hex.empty()) {
+      TraceFault("a message cannot be read: place " + std::to_string(hMsg) + " of memory " + memory);
+      return;
+    }
+  }
+  const auto settle = [this, memory, hMsg](bool bTaken) {
+    if (bTaken) {
+      Queue([this, memory, hMsg] {
+        const CMemoryHold hold(*this, memory);
+        hold.IsOk() ? DeleteHeld(hMsg) : AtReply();
+      });
+    }
+  };
+  bPage ? RaisePage(message.hex, settle) : RaiseMessage(message.hex, settle);
+}
+
+void CModem::RaisePage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised) {
   CBSMessage page;
-  if (ReadPage(data, page)) {
-    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, page);
+  if (ReadPage(hex, page)) {
+    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, page, onRaised);
   } else {
     TraceFault("a damaged broadcast page");
   }
+}
+
+void CModem::RaiseMessage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised) {
+  const SMReadRecord record = ReadPdu(hex, SMS_STAT_UNREAD, Rules());
+  const bool report = record.enType == SMS_IDENTIFYER_REPORT;
+  m_events.Raise(CEventRaiser::Source::kMessages, report ? WMS_REPORT_STATUS_DIRECT : WMS_NEW_SMS_DIRECT_NOTIFY, record,
+                 onRaised);
+}
+
+void CModem::OnFull(const std::string& line) {
+  const std::vector<std::string> parameters = ParametersOf(line);
+  NoteFull(parameters.empty() ? SMS_MEM_UNKNOW : MemoryOf(parameters.back()), true);
 }
 
 void CModem::OnSim(const std::string& line) {
@@ -71,18 +117,40 @@ void CModem::OnSim(const std::string& line) {
   }
 }
 
-/// The network is told that the message has arrived only when the service has it.
-void CModem::OnDirectMessage(const std::string& data) {
-  const SMReadRecord record = ReadPdu(data, SMS_STAT_UNREAD, Rules());
-  const unsigned long event =
-      record.enType == SMS_IDENTIFYER_REPORT ? WMS_REPORT_STATUS_DIRECT : WMS_NEW_SMS_DIRECT_NOTIFY;
-  m_events.Raise(CEventRaiser::Source::kMessages, event, record, [this] { Queue([this] { Acknowledge(); }); });
+/// The network is told that the message has arrived only when the service has it, and else that it has not. Where the
+/// modem has told so already, the message goes into its memory.
+void CModem::OnDirectMessage(const std::string& line, const std::string& data) {
+  const bool report = StartsWith(line, "+CDS:");
+  RaiseMessage(data, [this, data, report](bool bTaken) {
+    if (Facts().acknowledges) {
+      Queue([this, bTaken] { Acknowledge(bTaken); });
+    } else if (!bTaken && !report) {
+      Queue([this, data] { KeepInMemory(data); });
+    }
+  });
 }
 
-void CModem::Acknowledge() {
-  if (Facts().acknowledges) {
-    Execute(CAtCommand("+CNMA"), "+CNMA:", kLimitMs);
+/// After an acknowledgement that came late or said no, the modem stops handing messages over: it is asked to again
+/// (3GPP TS 27.005, 3.4.4).
+void CModem::Acknowledge(bool bTaken) {
+  const AtReply reply = Execute(CAtCommand(bTaken ? "+CNMA" : "+CNMA=2"), "+CNMA:", kLimitMs);
+  if (!bTaken) {
+    TraceFault("nobody took a message: the network is asked to keep it");
   }
+  if (!bTaken || !reply.IsOk()) {
+    Execute(IndicationsCommand(Facts().indications), "+CNMI:", kLimitMs);
+  }
+}
+
+void CModem::KeepInMemory(const std::string& hex) {
+  const std::vector<SMS_MEM> memories = Facts().memories;
+  PduLine line;
+  const CMemoryHold hold(*this, memories.empty() ? SMS_MEM_UNKNOW : memories.back());
+  CAtCommand command("+CMGW=");
+  const bool whole = ToLine(hex, line);
+  command.Number(static_cast<long>(line.tpduOctets)).Number(SMS_STAT_UNREAD);
+  const bool kept = whole && hold.IsOk() && ExecuteWithOctets(command, hex, "+CMGW:", kStoreLimitMs).IsOk();
+  TraceFault(kept ? "nobody took a message: it is kept in the modem" : "nobody took a message, and it is lost: " + hex);
 }
 
 void CModem::OnRegistration(const std::string& line) {

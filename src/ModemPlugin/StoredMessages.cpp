@@ -14,6 +14,11 @@ std::size_t HashOf(const StoredPdu& message) { return std::hash<std::string>()(m
 
 }  // namespace
 
+SMS_STAT StateOf(const std::string& parameter) {
+  const bool known = parameter.size() == 1 && parameter[0] >= '0' && parameter[0] <= '3';
+  return known ? static_cast<SMS_STAT>(parameter[0] - '0') : SMS_STAT_READ;
+}
+
 bool CStoredMessages::IsUnread(const Memory& memory, MSG_HANDLE hMsg, const StoredPdu& message) {
   const auto known = memory.unread.find(hMsg);
   return message.enStat == SMS_STAT_UNREAD ||

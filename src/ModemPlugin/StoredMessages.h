@@ -17,6 +17,9 @@ struct StoredPdu {
   SMS_STAT enStat = SMS_STAT_READ;
 };
 
+/// "0" to "3" as SMS_STAT counts them, which is as AT+CMGL does in PDU mode; else read.
+SMS_STAT StateOf(const std::string& parameter);
+
 /// Unread state: a modem marks a message read when it lists or reads it. Here it stays unread until somebody wants it
 /// marked, or another message stands in its place.
 /// Listings: who lists reads what is listed; a listing answers the first read of each of its messages, for a few

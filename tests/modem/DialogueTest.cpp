@@ -22,6 +22,7 @@
 #include "MessageService.h"
 #include "RecordingSink.h"
 #include "ScriptedStream.h"
+#include "TempHome.h"
 #include "platform/JClock.h"
 
 #include <gtest/gtest.h>
@@ -100,6 +101,12 @@ public:
       m_service.GetWMSConfig(&config, nullptr);
       std::fill(std::begin(config.szSCNum), std::end(config.szSCNum), '\0');
       first.copy(config.szSCNum, sizeof config.szSCNum - 1);
+      return Answer(m_service.SetWMSConfig(&config, &status), status, "done");
+    }
+    if (what == "mode") {
+      WMSConfigurationType config;
+      m_service.GetWMSConfig(&config, nullptr);
+      config.enRevMode = first == "direct" ? RECEIVE_NEWSMS_DIRECT : RECEIVE_NEWSMS_AFTER_STORED;
       return Answer(m_service.SetWMSConfig(&config, &status), status, "done");
     }
     return what == "cbs" ? Broadcast(first, rest) : Store(what, first == "SM" ? SMS_MEM_SM : SMS_MEM_ME, rest);
@@ -306,6 +313,7 @@ private:
     }
   }
 
+  CTempHome m_home;
   JManualClock m_clock;
   const std::shared_ptr<CScriptedLine> m_line = std::make_shared<CScriptedLine>();
   CRecordingSink m_sink;

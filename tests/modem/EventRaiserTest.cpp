@@ -101,7 +101,7 @@ TEST(EventRaiser, TakesNothingBeforeItsBeginningOrAfterItsEnd) {
   EXPECT_EQ((std::vector<unsigned long>{2}), sink.Events());
 }
 
-TEST(EventRaiser, TellsThatAnEventWasTakenAfterTheCall) {
+TEST(EventRaiser, TellsAfterTheCallWhetherAnEventWasTaken) {
   CEventRaiser raiser;
   std::atomic<int> called{0};
   CSink refusing([&](unsigned long) { return false; });
@@ -109,15 +109,16 @@ TEST(EventRaiser, TellsThatAnEventWasTakenAfterTheCall) {
   raiser.AddSink(Source::kMessages, &refusing);
   raiser.AddSink(Source::kMessages, &taking);
   ASSERT_TRUE(raiser.Begin());
-  std::vector<unsigned long> taken;
+  std::vector<bool> taken;
   for (const unsigned long event : {1ul, 2ul}) {
-    raiser.Raise(Source::kMessages, event, DWORD(0), [&taken, &called, event] {
+    raiser.Raise(Source::kMessages, event, DWORD(0), [&taken, &called, event](bool bTaken) {
       EXPECT_EQ(static_cast<int>(event), called);
-      taken.push_back(event);
+      taken.push_back(bTaken);
     });
   }
+  raiser.Raise(Source::kNetwork, 3, DWORD(0), [&taken](bool bTaken) { taken.push_back(bTaken); });
   raiser.End();
-  EXPECT_EQ((std::vector<unsigned long>{1}), taken);
+  EXPECT_EQ((std::vector<bool>{true, false, false}), taken) << "nobody listens to the third";
 }
 
 TEST(EventRaiser, GoesOnAfterAnExceptionOfASink) {
@@ -128,7 +129,7 @@ TEST(EventRaiser, GoesOnAfterAnExceptionOfASink) {
   raiser.AddSink(Source::kMessages, &other);
   ASSERT_TRUE(raiser.Begin());
   raiser.Raise(Source::kMessages, 1);
-  raiser.Raise(Source::kMessages, 2, DWORD(0), [] { throw std::runtime_error("no"); });
+  raiser.Raise(Source::kMessages, 2, DWORD(0), [](bool) { throw std::runtime_error("no"); });
   raiser.Raise(Source::kMessages, 3);
   raiser.End();
   EXPECT_EQ((std::vector<unsigned long>{1, 2, 3}), other.Events());

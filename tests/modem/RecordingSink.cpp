@@ -29,6 +29,10 @@ std::string LineOf(unsigned long dwEvent, const void* pData) {
       const auto& notice = *static_cast<const SNewSmsNotifyType*>(pData);
       return std::string("stored ") + (notice.enMem == SMS_MEM_SM ? "SM " : "ME ") + std::to_string(notice.hMsg);
     }
+    case WMS_MEMORY_STORE_FULL:
+      return "full " + (NumberAt(pData) == SMS_MEM_SM   ? "SM"
+                        : NumberAt(pData) == SMS_MEM_ME ? "ME"
+                                                        : std::to_string(NumberAt(pData)));
     case WMS_MO_SMS_STATUS:
       return "verdict " + std::to_string(NumberAt(pData));
     case WMS_EVENT_READY:
