@@ -9,6 +9,7 @@
 #include <atomic>
 #include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 class CStoreTurn;
@@ -53,6 +54,11 @@ public:
   /// Completes a long message when the record is its last missing part.
   /// @return 0: the whole message is stored, the record stands for it; -1: nothing was changed.
   long CombinationLongMsg(ISMSRecord* record);
+  /// Recognises a message on the device that an earlier run of the program has stored: it ended before it deleted it
+  /// there. Sender, time, text and part have to be the same; what this run stores is never taken for it. Parts that
+  /// the earlier run has left beside the whole message are removed now.
+  /// @return true: the record stands for the stored message.
+  bool RecogniseCopy(CSMSRecordImpl& record);
   /// Removes a broadcast older than the clean-up age in days, counted from the midnight that starts its day.
   /// @return true: it was old enough.
   bool AutoCleanupCBS(const ISMSRecord* record);
@@ -108,6 +114,12 @@ private:
   void AnnounceMergedPart(long id);
   void ForgetMerging(const std::vector<long>& ids);
 
+  // recognising
+  void NoteEarlierRow(const ISMSRecord& record);
+  /// @return null: there is none. The copy is the caller's.
+  ISMSRecord* TakeEarlierRow(const ISMSRecord& found);
+  std::vector<long> PartsLeftBeside(const ISMSRecord& whole, const ISMSRecord& found);
+
   LocalDatabaseMgr m_AddrDataBaseMgr;
   std::string m_strFileName;  // empty, not used
   std::atomic<bool> m_bInit;
@@ -122,8 +134,10 @@ private:
   std::atomic<bool> m_bQuit;       // asks a load to stop, once and for all
   JMutex m_MutexCombine;           // looking for the other parts and storing one are one step
   std::vector<long> m_vctMerging;  // parts that are inside a whole message already; guarded by m_MutexCombine
-  JMutex m_MutexPending;           // the rest
-  int m_iTransactions;             // transactions that a client has begun and not ended
-  pthread_t m_transactionThread;   // whose they are
+  std::vector<std::pair<std::size_t, long>> m_vctEarlier;  // received rows of earlier runs: hash of number and time,
+                                                           // identifier; guarded by m_MutexReadSMS
+  JMutex m_MutexPending;                                   // the rest
+  int m_iTransactions;                                     // transactions that a client has begun and not ended
+  pthread_t m_transactionThread;                           // whose they are
   std::vector<long> m_vctPending;  // changed within them: the set has to be set right when they fail
 };

@@ -109,6 +109,7 @@ void CFileSMSImpl::ReadAllRows(CSMSRecordSetImpl& set) {
       continue;
     }
     set.PushSMSRecord(record);
+    NoteEarlierRow(record);
   }
   // all rows are read before the first is deleted: one forward pass over the table
   for (std::size_t i = 0; i < outdated.size() && !m_bQuit; ++i) {

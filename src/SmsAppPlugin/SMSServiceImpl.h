@@ -194,6 +194,8 @@ private:
   void WatchMemory(CDeviceSMSImpl* pStore, std::atomic<bool>& bFull, const char* pszLog, int iState);
   bool QueuesAreEmpty();
   bool SaveLocally(CSMSRecordImpl& record, long& lID);
+  /// An earlier run has stored the message and could not delete it on the device; the record then stands for its row.
+  bool IsStoredAlready(CSMSRecordImpl& record);
   void Announce(const CSMSRecordImpl& record);
   bool DeleteOnDevice(SMS_MEM enMem, MSG_HANDLE hMsg);
 

@@ -289,11 +289,13 @@ bool CSMSServiceImpl::Device2Local(const SMReadRecord& stRecord) {
   record.SetMSGID(-1);
   ParseSMSMessageToRecord(stRecord, &record, SMS_MEM_UNKNOW);
   record.SetIsRead(NS_SMS::IS_NOT_READ);
-  long id = -1;
-  if (!SaveLocally(record, id)) {
-    return false;
+  if (!IsStoredAlready(record)) {
+    long id = -1;
+    if (!SaveLocally(record, id)) {
+      return false;
+    }
+    record.SetMSGID(id);
   }
-  record.SetMSGID(id);
   const CISAPUGuard<JMutex> guard(m_MutexQueues);
   m_lstReadSIMNewMsg.push_back(record);
   return true;
@@ -304,7 +306,11 @@ bool CSMSServiceImpl::Save2Local(const SMReadRecord& stRecord) {
   record.SetMSGID(-1);
   ParseSMSMessageToRecord(stRecord, &record, SMS_MEM_UNKNOW);
   long id = -1;
-  return SaveLocally(record, id) && id != -1;
+  return IsStoredAlready(record) || (SaveLocally(record, id) && id != -1);
+}
+
+bool CSMSServiceImpl::IsStoredAlready(CSMSRecordImpl& record) {
+  return m_pLocalSMS != nullptr && m_pLocalSMS->RecogniseCopy(record);
 }
 
 /// The moved messages, taken out of their list for a walk; what the walk did not reach goes back.

@@ -48,5 +48,6 @@ std::vector<std::string> CModemOnAPort::ContentsOnCard() const {
 
 void CModemOnAPort::Write(const std::string& bytes) {
   m_uWritten += bytes.size();
+  m_uRead += bytes.find("+CMGR:") == std::string::npos ? 0 : 1;
   m_port.Write(bytes);
 }
