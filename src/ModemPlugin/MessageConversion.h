@@ -3,7 +3,7 @@
 
 #include "SMSDef.h"
 #include "SmsPdu.h"
-#include "WapPush.h"
+#include "MmsPush.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "Modem.h"
 
-#include "CauseText.h"
+#include "AtErrors.h"
 #include "Guarded.h"
 #include "Lines.h"
 #include "ModemStart.h"
@@ -26,9 +26,10 @@ const char kNoThread[] = "the system refuses another thread. End some programs a
 std::string WhyNot(const AtReply& reply) {
   switch (reply.final) {
     case AtReply::Final::kCmsError:
-      return std::string(CauseText(reply.code)) + " (+CMS ERROR: " + std::to_string(reply.code) + ")";
+      return CmsErrorText(reply.Status()) + (" (+CMS ERROR: " + std::to_string(reply.code) + ")");
     case AtReply::Final::kCmeError:
-      return "+CME ERROR: " + std::to_string(reply.code);
+      return CmeErrorText(static_cast<unsigned int>(reply.code)) +
+             (" (+CME ERROR: " + std::to_string(reply.code) + ")");
     case AtReply::Final::kNoAnswer:
       return "the modem did not answer";
     case AtReply::Final::kLineGone:

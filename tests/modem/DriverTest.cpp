@@ -7,6 +7,7 @@
 #include "ScriptedModem.h"
 #include "TempHome.h"
 #include "Text.h"
+#include "TraceCapture.h"
 #include "platform/JClock.h"
 
 #include <gtest/gtest.h>
@@ -170,6 +171,20 @@ TEST_F(Driver, PassesTheCauseOfARefusalOn) {
   m_script.AnswerOctets("\r\n+CMS ERROR: 38\r\n");
   ASSERT_TRUE(Send());
   EXPECT_TRUE(m_sink.Await("20407 38"));
+}
+
+TEST_F(Driver, TracesTheCauseOfARefusalInWords) {
+  CTraceCapture trace;
+  ASSERT_TRUE(Start());
+  m_script.AnswerOctets("\r\n+CMS ERROR: 38\r\n");
+  ASSERT_TRUE(Send());
+  EXPECT_TRUE(trace.AwaitLine("a message was not sent: network out of order (+CMS ERROR: 38)"));
+  m_script.AnswerOctets("\r\n+CME ERROR: 30\r\n");
+  ASSERT_TRUE(Send());
+  EXPECT_TRUE(trace.AwaitLine("a message was not sent: no network service (+CME ERROR: 30)"));
+  m_script.AnswerOctets("\r\nERROR\r\n");
+  ASSERT_TRUE(Send());
+  EXPECT_TRUE(trace.AwaitLine("a message was not sent: the modem refused it without a cause"));
 }
 
 TEST_F(Driver, TakesARefusalInsteadOfThePrompt) {

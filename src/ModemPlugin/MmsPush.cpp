@@ -1,4 +1,4 @@
-#include "WapPush.h"
+#include "MmsPush.h"
 
 #include <algorithm>
 #include <cctype>
