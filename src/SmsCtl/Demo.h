@@ -55,7 +55,6 @@ private:
   /// Has the network do something, and waits for the text that it leads to.
   bool Receive(const std::string& request, const char* text, Received& message);
   bool Simulate(const std::string& request);
-  bool SaveOnSim(const char* text);
 
   host::CHostSession& m_session;
   const CSimulatorControl& m_simulator;

@@ -3,6 +3,7 @@
 
 #include "Boxes.h"
 #include "Text.h"
+#include "platform/GlobalFunction.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,12 +26,7 @@ const char kOutOfOrderText[] =
     "was meant, and the parts go. That is why you read this text from its beginning to its end, in one piece.";
 const char kFlashText[] = "A flash message: read it now, it is kept nowhere.";
 const char kPageText[] = "Broadcast to everybody near this mast: the bridge is closed until noon.";
-const char* const kSimTexts[] = {"An old message on the SIM.", "Another one, from the year before."};
-
-struct ReleaseRecord {
-  ISMSService& service;
-  void operator()(ISMSRecord* pRecord) const { service.ReleaseSMSRecord(&pRecord); }
-};
+const char* const kSimTexts[] = {"A message that stays on the SIM.", "Another one."};
 
 }  // namespace
 
@@ -77,30 +73,15 @@ bool CDemo::ReceiveBroadcast() {
          (message.type == NS_SMS::MSG_CELL_BROADCAST || FailStep("the page is not known as a broadcast"));
 }
 
-bool CDemo::SaveOnSim(const char* text) {
-  ISMSService& service = m_session.Service();
-  ISMSRecord* made = nullptr;
-  service.CreateSMSRecord(&made, -1);
-  const std::unique_ptr<ISMSRecord, ReleaseRecord> record(made, ReleaseRecord{service});
-  if (record == nullptr) {
-    return FailStep("no record could be made");
-  }
-  record->SetNumber(ToUtf16(kSender).c_str());
-  record->SetContent(ToUtf16(text).c_str());
-  record->SetPosition(NS_SMS::RECEIVE_BOX_SIM);
-  record->SetInitialPosition(NS_SMS::RECEIVE_BOX_SIM);
-  record->InitToCurrTime();
-  long id = 0;
-  long saved = 1;
-  return service.SaveMsg(record.get(), &id, saved) == ISMSService::SUCCESS ||
-         FailStep("a message could not be put on the SIM");
-}
-
 bool CDemo::MoveMessagesOfTheSim() {
-  BeginStep("Messages on the SIM, moved to this computer");
+  BeginStep("Messages that stay on the SIM, and are then moved to this computer");
+  // read for every message that comes in
+  CGlobalFunction::SetSetting(u"SMSSERVICE", u"ReceviceMode", u"0");
   int count = 0;
   for (const char* const text : kSimTexts) {
-    if (!SaveOnSim(text)) {
+    const Json request = {{"do", "deliver"}, {"from", kSender}, {"text", text}};
+    Received message;
+    if (!Receive(request.dump(), text, message)) {
       return false;
     }
     ++count;

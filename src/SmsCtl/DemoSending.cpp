@@ -41,7 +41,7 @@ bool CDemo::BeginSend(const std::string& title, const std::string& recipients, c
   m_parts = cost.parts;
   m_pClient->Begin(SplitNumbers(recipients), [parts = cost.parts](const PartReport& report) {
     std::printf("   part %d of %ld to %s: %s\n", report.part, parts, report.number.c_str(),
-                report.sent ? "sent" : "refused by the network");
+                report.sent ? "sent" : "not sent");
     std::fflush(stdout);
   });
   return m_session.Service().SendMsg(ToUtf16(recipients).c_str(), ToUtf16(text).c_str()) == ISMSService::SUCCESS ||

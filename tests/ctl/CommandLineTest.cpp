@@ -217,7 +217,7 @@ TEST_F(SmsCtl, ShowsTheDemoToItsEnd) {
   EXPECT_EQ("", result.err);
   for (const char* line :
        {"1 part, GSM 7-bit\n", "3 parts, UCS-2\n", "part 3 of 3 to +491700000003: sent\n",
-        "part 1 of 1 to +491700000009: refused by the network\n", "of 5 parts\n", "received the whole text: message ",
+        "part 1 of 1 to +491700000009: not sent\n", "of 5 parts\n", "received the whole text: message ",
         "report: delivered to +491700000001\n", "received part 3 of 3: message ", "is now inside a whole one\n",
         "flash message, shown and not stored: ", "received broadcast page: message ", "2 messages moved",
         "the modem is gone\n", "the modem is back\n", "read from the database on disk"}) {
