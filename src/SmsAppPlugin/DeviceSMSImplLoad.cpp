@@ -35,6 +35,7 @@ public:
   explicit CReadLockHold(CSMSServiceImpl* pService) : m_pService(pService) {
     if (m_pService != nullptr) {
       m_pService->ReadNewMsgLock();
+      m_pService->AwaitMoveInHand();
     }
   }
   ~CReadLockHold() {

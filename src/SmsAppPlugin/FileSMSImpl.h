@@ -50,6 +50,8 @@ public:
   /// A transaction belongs to the calling thread; changes of other threads wait for its end.
   long BeginTransaction();
   long EndTransaction();
+  /// Another thread's transaction is open: a change of this one may have failed for that alone.
+  bool IsInTransactionOfAnother();
 
   /// Completes a long message when the record is its last missing part.
   /// @return 0: the whole message is stored, the record stands for it; -1: nothing was changed.

@@ -195,6 +195,11 @@ long CFileSMSImpl::EndTransaction() {
   return -1;
 }
 
+bool CFileSMSImpl::IsInTransactionOfAnother() {
+  CISAPUGuard<JMutex> lock(m_MutexPending);
+  return m_iTransactions > 0 && pthread_equal(m_transactionThread, pthread_self()) == 0;
+}
+
 void CFileSMSImpl::NotePending(long id) {
   CISAPUGuard<JMutex> lock(m_MutexPending);
   if (m_iTransactions > 0 && pthread_equal(m_transactionThread, pthread_self()) != 0) {

@@ -79,6 +79,7 @@ CSMSServiceImpl::CSMSServiceImpl()
       m_bRegister(false),
       m_pfnOnMmsCommEvent(nullptr),
       m_bHideDoubleModeCardNode(false),
+      m_MutexMoveNewMsg(LockRank::kMoveNewMsg, "m_MutexMoveNewMsg"),
       m_MutexSendStart(LockRank::kSendStart, "m_MutexSendStart"),
       m_bSendEnding(false),
       m_MutexQueues(LockRank::kServiceQueues, "m_MutexQueues"),

@@ -111,6 +111,9 @@ public:
   /// Whoever reads a message from the device holds this. Use CReadNewMsgHold.
   void ReadNewMsgLock();
   void ReadNewMsgUnlock();
+  /// Waits until the message of a notice that is being moved is on the device no longer: who lists a memory while it
+  /// holds the read lock does this first, or the message would be moved twice.
+  void AwaitMoveInHand();
   /// Stores a message found while loading, unread, and queues it for OnNewMessage.
   bool Device2Local(const SMReadRecord& stRecord);
   /// Stores a message of a move; false for a class-0 message, which no store keeps.
@@ -194,6 +197,8 @@ private:
   void WatchMemory(CDeviceSMSImpl* pStore, std::atomic<bool>& bFull, const char* pszLog, int iState);
   bool QueuesAreEmpty();
   bool SaveLocally(CSMSRecordImpl& record, long& lID);
+  /// Waits for the end of a client's transaction, however long it takes.
+  bool SaveDirect(CSMSRecordImpl& record, long& lID);
   /// An earlier run has stored the message and could not delete it on the device; the record then stands for its row.
   bool IsStoredAlready(CSMSRecordImpl& record);
   void Announce(const CSMSRecordImpl& record);
@@ -258,6 +263,7 @@ private:
   pfnOnMmsCommEvent m_pfnOnMmsCommEvent;  // guarded by m_MutexCallback
   std::atomic<bool> m_bHideDoubleModeCardNode;
 
+  JMutex m_MutexMoveNewMsg;         // one message of a notice, from its reading to the end of the device copy
   JMutex m_MutexSendStart;          // taking a request or a cancel
   std::atomic<bool> m_bSendEnding;  // the parts of the run are over, its thread is about to end
   JMutex m_MutexQueues;             // the next five and m_lstReadSIMNewMsg

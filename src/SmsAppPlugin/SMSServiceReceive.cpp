@@ -55,6 +55,8 @@ void CSMSServiceImpl::ReadNewMsgUnlock() {
   ServiceTrace("m_MutexReadNewMsg Unlock()");
 }
 
+void CSMSServiceImpl::AwaitMoveInHand() { const CISAPUGuard<JMutex> barrier(m_MutexMoveNewMsg); }
+
 void CSMSServiceImpl::Receive() {
   ServiceTrace("Info: Enter CSMSServiceImpl::Receive()");
   int idle = kIdlePassesBetweenLooks;
@@ -171,6 +173,7 @@ CSMSServiceImpl::NoticeEnd CSMSServiceImpl::KeepOnDevice(const SNewSmsNotifyType
 
 CSMSServiceImpl::NoticeEnd CSMSServiceImpl::MoveToLocal(const SNewSmsNotifyType& stNotice, CSMSRecordImpl& record,
                                                         bool& bNotify, CReadNewMsgHold& hold) {
+  const CISAPUGuard<JMutex> moving(m_MutexMoveNewMsg);
   SMReadRecord message;
   const bool read = ReadStored(stNotice, message);
   hold.Release();
@@ -238,6 +241,15 @@ bool CSMSServiceImpl::SaveLocally(CSMSRecordImpl& record, long& lID) {
   return false;
 }
 
+/// A direct message is nowhere else: a failure that passes must not lose it.
+bool CSMSServiceImpl::SaveDirect(CSMSRecordImpl& record, long& lID) {
+  bool saved = SaveLocally(record, lID);
+  while (!saved && !m_bExitReceving && m_pLocalSMS != nullptr && m_pLocalSMS->IsInTransactionOfAnother()) {
+    saved = SaveLocally(record, lID);
+  }
+  return saved;
+}
+
 void CSMSServiceImpl::Announce(const CSMSRecordImpl& record) {
   const auto copy = std::make_unique<CSMSRecordImpl>(record);
   const CISAPUGuard<JMutex> guard(m_MutexCallback);
@@ -270,7 +282,7 @@ void CSMSServiceImpl::HandleDirect(const SMReadRecord& stRecord) {
   }
   if (stRecord.enType != SMS_IDENTIFYER_MMS_NOTIFY) {
     long id = -1;
-    if (SaveLocally(record, id)) {
+    if (SaveDirect(record, id)) {
       record.SetMSGID(id);
       Announce(record);
     }

@@ -253,6 +253,22 @@ TEST_F(Receiving, DropsADirectMessageThatCannotBeStored) {
   EXPECT_TRUE(CServiceAccess::Direct(*m_pService).empty());
 }
 
+TEST_F(Receiving, KeepsADirectMessageUntilTheTransactionOfAClientEnds) {
+  ASSERT_TRUE(StartIdle());
+  ASSERT_EQ(0, m_pService->BeginTransaction());
+  Direct(MakeReadRecord("111", u"patient"));
+  ASSERT_TRUE(AwaitIdle()) << "it waits for the database";
+  for (int times = 1; times <= 3; ++times) {
+    m_clock.Advance(10000);
+    ASSERT_TRUE(m_trace.AwaitLine("SaveMsg error", 5000, times));
+    ASSERT_TRUE(AwaitIdle());
+  }
+  EXPECT_EQ(0, m_client.Count("OnNewMessage"));
+  EXPECT_EQ(0, m_pService->EndTransaction());
+  ASSERT_TRUE(AwaitIdle());
+  EXPECT_EQ(1, m_client.Count("OnNewMessage id=1 number=111 content=patient"));
+}
+
 TEST_F(Receiving, GoesOnAfterAClientThatThrowsAndDoesNotRepeatTheMessage) {
   ASSERT_TRUE(StartIdle());
   m_client.SetHook([](const std::string& line) {
@@ -553,6 +569,23 @@ TEST_F(CutToLocal, LeavesAFlashMessageOnTheDevice) {
   EXPECT_EQ(0, m_pService->CutAllToLocal(NS_SMS::SMS_SIM));
   EXPECT_EQ((Lines{"OnServiceState 9"}), m_client.Lines());
   EXPECT_EQ(1u, m_device.sms.Held(SMS_MEM_SM).size());
+}
+
+TEST_F(CutToLocal, MovesNoMessageThatANoticeIsMoving) {
+  StartLoaded();
+  std::thread cut;
+  m_device.sms.OnCall("SMSDeleteMsg", [&] {
+    if (!cut.joinable()) {
+      cut = std::thread([&] { EXPECT_EQ(0, m_pService->CutAllToLocal(NS_SMS::SMS_SIM)); });
+      EXPECT_TRUE(m_trace.AwaitLine("Start CutAllToLocal"));
+      EXPECT_FALSE(m_device.sms.AwaitCalls("SMSGetMsgList", 3, 100)) << "listed, though it is about to go";
+    }
+  });
+  SNewSmsNotifyType notice{SMS_MEM_SM, m_device.sms.Put(SMS_MEM_SM, MakeReadRecord("111", u"one"))};
+  m_device.sms.Raise(WMS_RECEIVE_SMS_NOTIFY, &notice);
+  ASSERT_TRUE(m_device.sms.AwaitCalls("SMSGetMsgList", 3));
+  cut.join();
+  EXPECT_EQ((Lines{"1 111 one 1"}), Stored());
 }
 
 TEST_F(CutToLocal, RefusesWhatIsNoDeviceMemory) {
