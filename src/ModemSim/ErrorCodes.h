@@ -16,6 +16,7 @@ const int kCmeIncorrectParameters = 50;
 const int kCmsNetworkOutOfOrder = 38;
 const int kCmsNotAllowed = 302;
 const int kCmsInvalidPduParameter = 304;
+const int kCmsInvalidTextParameter = 305;
 const int kCmsNoSim = 310;
 const int kCmsPinRequired = 311;
 const int kCmsSimBusy = 314;

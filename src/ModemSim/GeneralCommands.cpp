@@ -335,20 +335,25 @@ CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {
 
 CSimulatedModem::Result CSimulatedModem::OnCharacterSet(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) {
-    Inform("+CSCS: (\"GSM\",\"IRA\")");
+    std::string names;
+    for (const CharacterSet set : kCharacterSets) names += (names.empty() ? "" : ",") + Quoted(CharacterSetName(set));
+    Inform("+CSCS: (" + names + ")");
     return Ok();
   }
   if (command.form == AtCommand::Form::Read) {
-    Inform("+CSCS: " + Quoted(m_strCharacterSet));
+    Inform("+CSCS: " + Quoted(CharacterSetName(m_characterSet)));
     return Ok();
   }
   std::string name;
   const CValues values(command.values);
-  if (!values.Valid() || !values.Text(0, &name) || (name != "GSM" && name != "IRA")) {
-    return Cme(kCmeIncorrectParameters);
+  if (!values.Valid() || !values.Text(0, &name)) return Cme(kCmeIncorrectParameters);
+  for (const CharacterSet set : kCharacterSets) {
+    // the name may be written in the set that is in force, too
+    if (name != CharacterSetName(set) && name != Shown(CharacterSetName(set))) continue;
+    m_characterSet = set;
+    return Ok();
   }
-  m_strCharacterSet = name;  // every string of this modem reads the same in both
-  return Ok();
+  return Cme(kCmeIncorrectParameters);
 }
 
 }  // namespace modem_sim

@@ -1,4 +1,4 @@
-// Commands of 3GPP TS 27.005, PDU mode.
+// Commands of 3GPP TS 27.005 and their PDU mode.
 #include "ErrorCodes.h"
 #include "SimulatedModem.h"
 
@@ -10,19 +10,15 @@ namespace {
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
 /// Another recipient for a stored SMS-SUBMIT.
-bool Readdress(const std::string& number, int type, StoredMessage* message) {
+bool Readdress(const sms_pdu::Address& to, StoredMessage* message) {
   sms_pdu::Submit submit;
   BYTE tpdu[sms_pdu::kTpduOctets];
   std::size_t size = 0;
   const std::size_t centre = message->pdu.size() - message->tpduLength;
-  if (sms_pdu::DecodeSubmit(message->pdu.data() + centre, message->tpduLength, &submit) != sms_pdu::PduError::None ||
-      sms_pdu::MakeAddress(number.c_str(), &submit.destination) != sms_pdu::PduError::None) {
+  if (sms_pdu::DecodeSubmit(message->pdu.data() + centre, message->tpduLength, &submit) != sms_pdu::PduError::None) {
     return false;
   }
-  if (type != 0) {
-    submit.destination.typeOfNumber = static_cast<BYTE>(type >> 4 & 0x07);
-    submit.destination.numberingPlan = static_cast<BYTE>(type & 0x0F);
-  }
+  submit.destination = to;
   if (sms_pdu::EncodeSubmit(submit, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None) return false;
   message->pdu.resize(centre);
   message->pdu.insert(message->pdu.end(), tpdu, tpdu + size);
@@ -50,10 +46,11 @@ bool Deletes(int flag, MessageStatus status) {
 const std::vector<CSimulatedModem::Entry>& CSimulatedModem::MessageCommands() {
   typedef CSimulatedModem M;
   static const std::vector<Entry> kCommands = {
-      {"+CSMS", &M::OnService},     {"+CPMS", &M::OnPreferredMemory}, {"+CSCA", &M::OnServiceCentre},
-      {"+CNMI", &M::OnIndications}, {"+CSCB", &M::OnBroadcastTypes},  {"+CMGS", &M::OnSend},
-      {"+CMGW", &M::OnWrite},       {"+CMSS", &M::OnSendStored},      {"+CMGL", &M::OnList},
-      {"+CMGR", &M::OnRead},        {"+CMGD", &M::OnDelete},          {"+CNMA", &M::OnAcknowledge},
+      {"+CSMS", &M::OnService},        {"+CPMS", &M::OnPreferredMemory}, {"+CSCA", &M::OnServiceCentre},
+      {"+CNMI", &M::OnIndications},    {"+CSCB", &M::OnBroadcastTypes},  {"+CMGS", &M::OnSend},
+      {"+CMGW", &M::OnWrite},          {"+CMSS", &M::OnSendStored},      {"+CMGL", &M::OnList},
+      {"+CMGR", &M::OnRead},           {"+CMGD", &M::OnDelete},          {"+CNMA", &M::OnAcknowledge},
+      {"+CSMP", &M::OnTextParameters}, {"+CSAS", &M::OnSaveSettings},    {"+CRES", &M::OnRestoreSettings},
   };
   return kCommands;
 }
@@ -142,14 +139,14 @@ CSimulatedModem::Result CSimulatedModem::OnServiceCentre(const AtCommand& comman
   if (!CardReady()) return CardError();
   if (command.form == AtCommand::Form::Read) {
     const char* const type = m_strServiceCentre.rfind('+', 0) == 0 ? "145" : "129";
-    Inform("+CSCA: " + Quoted(m_strServiceCentre) + ',' + type);
+    Inform("+CSCA: " + Quoted(TextMode() ? Shown(m_strServiceCentre) : m_strServiceCentre) + ',' + type);
     return Ok();
   }
   const CValues values(command.values);
   std::string number;
   int type = 0;
   sms_pdu::Address address;
-  if (!values.Valid() || !values.Given(0) || !values.Text(0, &number) || !values.Number(1, 128, 255, &type) ||
+  if (!values.Valid() || !values.Given(0) || !TakeNumber(values, 0, &number) || !values.Number(1, 128, 255, &type) ||
       sms_pdu::MakeAddress(number.c_str(), &address) != sms_pdu::PduError::None ||
       address.typeOfNumber == sms_pdu::kTonAlphanumeric) {
     return Error();
@@ -240,6 +237,7 @@ bool CSimulatedModem::ParsePdu(const std::string& digits, int tpduLength, Stored
 CSimulatedModem::Result CSimulatedModem::OnSend(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
+  if (TextMode()) return SendInText(command);
   const CValues values(command.values);
   int length = 0;
   if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() != 1 || !values.Given(0) ||
@@ -257,6 +255,7 @@ CSimulatedModem::Result CSimulatedModem::OnSend(const AtCommand& command) {
 CSimulatedModem::Result CSimulatedModem::OnWrite(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
+  if (TextMode()) return WriteInText(command);
   const CValues values(command.values);
   int length = 0;
   int status = static_cast<int>(MessageStatus::Unsent);
@@ -267,13 +266,16 @@ CSimulatedModem::Result CSimulatedModem::OnWrite(const AtCommand& command) {
   OpenPrompt([this, length, status](const std::string& digits) {
     StoredMessage message;
     message.status = static_cast<MessageStatus>(status);
-    if (!ParsePdu(digits, length, &message)) return Cms(kCmsInvalidPduParameter);
-    const int index = Store(m_memories[1]).Add(message);
-    if (index == 0) return Cms(kCmsMemoryFull);
-    Inform("+CMGW: " + std::to_string(index));
-    return Ok();
+    return ParsePdu(digits, length, &message) ? Write(message) : Cms(kCmsInvalidPduParameter);
   });
   return Later();
+}
+
+CSimulatedModem::Result CSimulatedModem::Write(const StoredMessage& message) {
+  const int index = Store(m_memories[1]).Add(message);
+  if (index == 0) return Cms(kCmsMemoryFull);
+  Inform("+CMGW: " + std::to_string(index));
+  return Ok();
 }
 
 CSimulatedModem::Result CSimulatedModem::OnSendStored(const AtCommand& command) {
@@ -281,18 +283,15 @@ CSimulatedModem::Result CSimulatedModem::OnSendStored(const AtCommand& command) 
   if (!CardReady()) return CardError();
   const CValues values(command.values);
   int index = 0;
-  std::string number;
-  int type = 0;
-  if (!values.Valid() || !values.Number(0, 1, Store(m_memories[1]).Capacity(), &index) || !values.Text(1, &number) ||
-      !values.Number(2, 128, 255, &type)) {
-    return Cms(kCmsInvalidIndex);
-  }
+  sms_pdu::Address to;
+  if (!values.Valid() || !values.Number(0, 1, Store(m_memories[1]).Capacity(), &index)) return Cms(kCmsInvalidIndex);
+  if (values.Given(1) && !TakeAddress(values, 1, &to)) return InvalidParameter();
   const Memory memory = m_memories[1];
   const StoredMessage* const stored = Store(memory).At(index);
   if (!stored) return Cms(kCmsInvalidIndex);
   StoredMessage message = *stored;
   if (message.status != MessageStatus::Unsent && message.status != MessageStatus::Sent) return Cms(kCmsNotAllowed);
-  if (!number.empty() && !Readdress(number, type, &message)) return Cms(kCmsInvalidPduParameter);
+  if (to.length != 0 && !Readdress(to, &message)) return Cms(kCmsInvalidPduParameter);
   return Send(message, "+CMSS", [this, memory, index] {
     if (StoredMessage* const sent = Store(memory).At(index)) sent->status = MessageStatus::Sent;
   });
@@ -300,24 +299,34 @@ CSimulatedModem::Result CSimulatedModem::OnSendStored(const AtCommand& command) 
 
 CSimulatedModem::Result CSimulatedModem::OnList(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) {
-    Inform("+CMGL: (0-4)");
+    Inform(TextMode() ? "+CMGL: (\"REC UNREAD\",\"REC READ\",\"STO UNSENT\",\"STO SENT\",\"ALL\")" : "+CMGL: (0-4)");
     return Ok();
   }
   if (!CardReady()) return CardError();
+  if (TextMode()) return ListInText(command);
   const CValues values(command.values);
   int wanted = 0;
   if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, kStatusAll, &wanted)) {
     return Cms(kCmsInvalidPduParameter);
   }
+  List(wanted);
+  return Ok();
+}
+
+void CSimulatedModem::List(int wanted) {
   CMessageStore& store = Store(m_memories[0]);
   for (int index = 1; index <= store.Capacity(); ++index) {
     StoredMessage* const message = store.At(index);
     const int status = message ? static_cast<int>(message->status) : -1;
     if (!message || (wanted != kStatusAll && wanted != status)) continue;
-    InformMessage("+CMGL: " + std::to_string(index) + ',' + std::to_string(status), *message);
+    const std::string head = "+CMGL: " + std::to_string(index) + ',';
+    if (TextMode()) {
+      InformText(head, ListedText(*message, View()));
+    } else {
+      InformMessage(head + std::to_string(status), *message);
+    }
     if (message->status == MessageStatus::Unread) message->status = MessageStatus::Read;
   }
-  return Ok();
 }
 
 CSimulatedModem::Result CSimulatedModem::OnRead(const AtCommand& command) {
@@ -328,7 +337,11 @@ CSimulatedModem::Result CSimulatedModem::OnRead(const AtCommand& command) {
   if (!values.Valid() || !values.Number(0, 1, Store(m_memories[0]).Capacity(), &index)) return Cms(kCmsInvalidIndex);
   StoredMessage* const message = Store(m_memories[0]).At(index);
   if (!message) return Cms(kCmsInvalidIndex);
-  InformMessage("+CMGR: " + std::to_string(static_cast<int>(message->status)), *message);
+  if (TextMode()) {
+    InformText("+CMGR: ", ReadText(*message, View()));
+  } else {
+    InformMessage("+CMGR: " + std::to_string(static_cast<int>(message->status)), *message);
+  }
   if (message->status == MessageStatus::Unread) message->status = MessageStatus::Read;
   return Ok();
 }
@@ -361,23 +374,32 @@ CSimulatedModem::Result CSimulatedModem::OnDelete(const AtCommand& command) {
 
 CSimulatedModem::Result CSimulatedModem::OnAcknowledge(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) {
-    Inform("+CNMA: (0-2)");
+    if (!TextMode()) Inform("+CNMA: (0-2)");
     return Ok();
   }
   const CValues values(command.values);
   int kind = 0;
   int length = 0;
-  if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, 2, &kind) ||
-      !values.Number(1, 0, sms_pdu::kTpduOctets, &length)) {
-    return Cms(kCmsInvalidPduParameter);
+  if (command.form == AtCommand::Form::Read || (TextMode() && command.form != AtCommand::Form::Execute) ||
+      !values.Valid() || !values.Number(0, 0, 2, &kind) || !values.Number(1, 0, sms_pdu::kTpduOctets, &length)) {
+    return InvalidParameter();
   }
   if (!m_bAwaitsAcknowledgement) return Cms(kCmsNoAcknowledgementExpected);
   const bool accepted = kind != 2;
-  if (length == 0) {
-    Acknowledged(accepted);
-    return Ok();
-  }
-  OpenPrompt([this, accepted](const std::string&) {  // what the acknowledgement says is the centre's affair
+  if (length != 0) return AcknowledgeWithPdu(accepted, length);
+  Acknowledged(accepted);
+  return Ok();
+}
+
+/// An SMS-DELIVER-REPORT without a service centre in front (<ackpdu> of 3GPP TS 27.005, 3.1).
+CSimulatedModem::Result CSimulatedModem::AcknowledgeWithPdu(bool accepted, int length) {
+  OpenPrompt([this, accepted, length](const std::string& digits) {
+    BYTE octets[sms_pdu::kTpduOctets];
+    std::size_t size = 0;
+    if (sms_pdu::HexToOctets(digits.data(), digits.size(), octets, sizeof octets, &size) != sms_pdu::PduError::None ||
+        size != static_cast<std::size_t>(length) || (octets[0] & 0x03) != 0) {
+      return Cms(kCmsInvalidPduParameter);
+    }
     Acknowledged(accepted);
     return Ok();
   });

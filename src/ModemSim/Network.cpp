@@ -182,9 +182,7 @@ bool CSimulatedModem::GoesDirectly(const Incoming& incoming) const {
 
 bool CSimulatedModem::HandOverDirectly(const Incoming& incoming) {
   if (m_bAwaitsAcknowledgement) return false;
-  const std::string length = std::to_string(incoming.message.tpduLength);
-  const std::string head = incoming.isReport ? "+CDS: " + length : "+CMT: ," + length;
-  Indicate(head + LineEnd() + HexOf(incoming.message.pdu));
+  Indicate(DirectLines(incoming));
   if (m_iService == 1) {
     AwaitAcknowledgement(incoming);
   } else {

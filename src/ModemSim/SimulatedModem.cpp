@@ -11,6 +11,7 @@ namespace {
 
 const char kCtrlZ = 0x1A;
 const char kEscape = 0x1B;
+const char kPrompt[] = "\r\n> ";  // whatever ATV and the registers say (3GPP TS 27.005, 3.5.1)
 const std::size_t kPromptLimit = 1024;
 const std::size_t kHeldLimit = 8192;
 const std::size_t kUnsolicitedLimit = 1000;
@@ -29,6 +30,7 @@ CSimulatedModem::CSimulatedModem(const ModemOptions& options, IModemWorld& world
       m_strPin(options.pin),
       m_network(options.network),
       m_strServiceCentre(options.serviceCentre),
+      m_saved{options.serviceCentre, {}},
       m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)} {
   ResetSettings();
 }
@@ -50,7 +52,9 @@ void CSimulatedModem::ResetSettings() {
   m_iBearer = 1;
   m_iService = 0;
   m_indications.fill(0);
-  m_strCharacterSet = "GSM";
+  m_characterSet = CharacterSet::Gsm;
+  m_iShowHeader = 0;
+  m_textParameters = m_saved.textParameters;
 }
 
 void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
@@ -113,18 +117,22 @@ void CSimulatedModem::TakePromptCharacter(char c) {
     if (!m_strPrompt.empty()) m_strPrompt.pop_back();
   } else if (m_strPrompt.size() == kPromptLimit) {
     m_bPromptTooLong = true;
+  } else if (c == '\r' && m_bPromptLines) {
+    m_strPrompt += '\n';
+    m_world.Write(kPrompt);
   } else if (c != '\r' && c != '\n') {
     m_strPrompt += c;
   }
 }
 
-void CSimulatedModem::OpenPrompt(std::function<Result(const std::string&)> use) {
+void CSimulatedModem::OpenPrompt(std::function<Result(const std::string&)> use, bool lines) {
   WriteInformation();
   m_usePrompt = std::move(use);
   m_strPrompt.clear();
   m_bPromptTooLong = false;
+  m_bPromptLines = lines;
   m_state = State::Prompt;
-  m_world.Write("\r\n> ");  // these four characters, whatever ATV and the registers say (3GPP TS 27.005, 3.5.1)
+  m_world.Write(kPrompt);
 }
 
 void CSimulatedModem::StartLine(const std::string& body) {
@@ -161,7 +169,8 @@ CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
 bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
   static const NumberEntry kNumbers[] = {
       {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},
-      {"+CMGF", 0, &CSimulatedModem::m_iFormat},  // PDU mode only
+      {"+CMGF", 1, &CSimulatedModem::m_iFormat},
+      {"+CSDH", 1, &CSimulatedModem::m_iShowHeader},
       {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
       {"+CGSMS", 3, &CSimulatedModem::m_iBearer},
   };
@@ -170,7 +179,7 @@ bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
   if (found == std::end(kNumbers)) return false;
   switch (command.form) {
     case AtCommand::Form::Test:
-      Inform(command.name + ": (0" + (found->highest == 0 ? "" : "-" + std::to_string(found->highest)) + ")");
+      Inform(command.name + ": (0" + (found->highest == 1 ? ',' : '-') + std::to_string(found->highest) + ")");
       break;
     case AtCommand::Form::Read:
       Inform(command.name + ": " + std::to_string(this->*found->value));

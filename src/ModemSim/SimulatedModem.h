@@ -8,6 +8,7 @@
 #include "ModemOptions.h"
 #include "NumberSet.h"
 #include "SmsPdu.h"
+#include "TextMode.h"
 
 #include <array>
 #include <cstdint>
@@ -46,7 +47,7 @@ struct SentMessage {
 };
 
 /// Purpose:  a 3GPP modem with a card (memory SM), its own memory (ME) and a network that confirms, refuses, reports
-///           and brings back what is sent to its own number. PDU mode. 3GPP TS 27.005, 27.007, ITU-T V.250.
+///           and brings back what is sent to its own number. PDU mode and text mode. 3GPP TS 27.005, 27.007, ITU-T V.250.
 /// Threads:  one, that of the caller; calls of IModemWorld::After come on the same one.
 /// Errors:   none; what the computer does wrong is answered in AT.
 class CSimulatedModem {
@@ -125,6 +126,12 @@ private:
     int CSimulatedModem::*value;
   };
 
+  /// What +CSAS keeps for +CRES.
+  struct SavedSettings {
+    std::string serviceCentre;
+    TextParameters textParameters;
+  };
+
   /// A message or a report on its way to the computer.
   struct Incoming {
     StoredMessage message;
@@ -150,7 +157,8 @@ private:
   bool FindNumber(const AtCommand& command, Result* out);
   void Finish(const Result& result);
   void End(const Result& result);
-  void OpenPrompt(std::function<Result(const std::string& text)> use);
+  /// @param lines  every line is prompted for and its end is kept; otherwise the ends of lines do not count.
+  void OpenPrompt(std::function<Result(const std::string& text)> use, bool lines = false);
   void Inform(const std::string& line);
   void WriteInformation();
   void WriteResult(const Result& result);
@@ -207,13 +215,32 @@ private:
   Result OnRead(const AtCommand& command);
   Result OnDelete(const AtCommand& command);
   Result OnAcknowledge(const AtCommand& command);
+  Result AcknowledgeWithPdu(bool accepted, int length);
   Result CardError() const;
+  Result InvalidParameter() const;
+  Result Write(const StoredMessage& message);
+  void List(int wanted);
   static bool ParsePdu(const std::string& digits, int tpduLength, StoredMessage* out);
   CMessageStore& Store(Memory memory) { return m_stores[static_cast<std::size_t>(memory)]; }
   static const char* NameOf(Memory memory) { return memory == Memory::Sim ? "SM" : "ME"; }
   std::string FillOf(Memory memory);
   void InformMessage(const std::string& head, const StoredMessage& message);
   static std::string HexOf(const std::vector<BYTE>& octets);
+
+  // Its text mode: TextCommands.cpp
+  bool TextMode() const { return m_iFormat == 1; }
+  Result OnTextParameters(const AtCommand& command);
+  Result OnSaveSettings(const AtCommand& command);
+  Result OnRestoreSettings(const AtCommand& command);
+  Result SendInText(const AtCommand& command);
+  Result WriteInText(const AtCommand& command);
+  Result ListInText(const AtCommand& command);
+  void InformText(const std::string& head, const TextLines& lines);
+  bool TakeNumber(const CValues& values, std::size_t place, std::string* number) const;
+  bool TakeAddress(const CValues& values, std::size_t place, sms_pdu::Address* address) const;
+  std::string Shown(const std::string& text) const { return EncodeAscii(m_characterSet, text); }
+  TextView View() const { return {m_characterSet, m_iShowHeader == 1}; }
+  std::string DirectLines(const Incoming& incoming) const;
 
   // The network: Network.cpp
   Result Send(const StoredMessage& message, const char* replyName, std::function<void()> accepted);
@@ -246,6 +273,7 @@ private:
   std::size_t m_uPosition = 0;
   std::string m_strPrompt;
   bool m_bPromptTooLong = false;
+  bool m_bPromptLines = false;
   std::function<Result(const std::string&)> m_usePrompt;
   std::vector<std::string> m_lstInformation;
   std::deque<std::string> m_lstUnsolicited;
@@ -266,7 +294,9 @@ private:
   int m_iBearer = 1;
   int m_iService = 0;
   std::array<int, 5> m_indications{};  // by Indication
-  std::string m_strCharacterSet = "GSM";
+  CharacterSet m_characterSet = CharacterSet::Gsm;
+  int m_iShowHeader = 0;
+  TextParameters m_textParameters;
 
   // the device
   bool m_bPowered = true;
@@ -280,6 +310,7 @@ private:
   std::string m_strServiceCentre;
   CNumberSet m_broadcastIds;      // accepted
   CNumberSet m_broadcastCodings;  // accepted; none: all
+  SavedSettings m_saved;
   std::array<CMessageStore, 2> m_stores;
   std::array<Memory, 3> m_memories{Memory::Sim, Memory::Sim, Memory::Sim};
 
