@@ -168,10 +168,8 @@ CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
 
 bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
   static const NumberEntry kNumbers[] = {
-      {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},
-      {"+CMGF", 1, &CSimulatedModem::m_iFormat},
-      {"+CSDH", 1, &CSimulatedModem::m_iShowHeader},
-      {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
+      {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},  {"+CMGF", 1, &CSimulatedModem::m_iFormat},
+      {"+CSDH", 1, &CSimulatedModem::m_iShowHeader}, {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
       {"+CGSMS", 3, &CSimulatedModem::m_iBearer},
   };
   const auto found = std::find_if(std::begin(kNumbers), std::end(kNumbers),

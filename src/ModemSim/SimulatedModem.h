@@ -47,7 +47,8 @@ struct SentMessage {
 };
 
 /// Purpose:  a 3GPP modem with a card (memory SM), its own memory (ME) and a network that confirms, refuses, reports
-///           and brings back what is sent to its own number. PDU mode and text mode. 3GPP TS 27.005, 27.007, ITU-T V.250.
+///           and brings back what is sent to its own number. PDU mode and text mode. 3GPP TS 27.005, 27.007, ITU-T
+///           V.250.
 /// Threads:  one, that of the caller; calls of IModemWorld::After come on the same one.
 /// Errors:   none; what the computer does wrong is answered in AT.
 class CSimulatedModem {

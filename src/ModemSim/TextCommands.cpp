@@ -155,9 +155,9 @@ CSimulatedModem::Result CSimulatedModem::WriteInText(const AtCommand& command) {
         StoredMessage message;
         message.status = static_cast<MessageStatus>(status);
         const bool received = message.status == MessageStatus::Unread || message.status == MessageStatus::Read;
-        const bool made =
-            received ? MakeDeliver(party, m_world.Now(), m_textParameters, m_characterSet, typed, &message)
-                     : MakeSubmit(party, m_textParameters, m_characterSet, typed, &message);
+        const bool made = received
+                              ? MakeDeliver(party, m_world.Now(), m_textParameters, m_characterSet, typed, &message)
+                              : MakeSubmit(party, m_textParameters, m_characterSet, typed, &message);
         return made ? Write(message) : Cms(kCmsInvalidTextParameter);
       },
       true);

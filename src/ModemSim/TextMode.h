@@ -13,7 +13,7 @@ const BYTE kUserDataHeaderBit = 0x40;  // TP-UDHI of the first octet
 
 /// What text mode knows about a message besides its text: +CSMP.
 struct TextParameters {
-  BYTE firstOctet = 17;  // SMS-SUBMIT with a relative validity
+  BYTE firstOctet = 17;                                                           // SMS-SUBMIT with a relative validity
   sms_pdu::Validity validity = {sms_pdu::ValidityFormat::Relative, 167, {}, {}};  // 24 hours
   BYTE protocolId = 0;
   BYTE dcs = 0;
