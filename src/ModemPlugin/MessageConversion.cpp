@@ -389,6 +389,7 @@ sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& 
   if (error == sms_pdu::PduError::None) {
     error = sms_pdu::EncodeSubmit(message, tpdu, sizeof tpdu, &size);
   }
+  out.bBeginsRun = part.bLongSms && part.stLongSMS_info.btPack == 1 && part.stLongSMS_info.btTotalPack > 1;
   // The modem keeps the service centre itself; one of its own in the part is stronger.
   return error == sms_pdu::PduError::None ? MakeLine(Ascii(part.szSCNum).c_str(), tpdu, size, out) : error;
 }

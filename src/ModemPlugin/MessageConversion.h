@@ -1,9 +1,9 @@
 // Between transfer PDUs and the message structures of the services.
 #pragma once
 
+#include "MmsPush.h"
 #include "SMSDef.h"
 #include "SmsPdu.h"
-#include "MmsPush.h"
 
 #include <string>
 
@@ -29,6 +29,7 @@ bool ReadPage(const std::string& hex, CBSMessage& page);
 struct PduLine {
   std::string hex;             // the service centre in front
   std::size_t tpduOctets = 0;  // what AT+CMGS=<length> counts
+  bool bBeginsRun = false;     // the first of several parts
 };
 
 /// A line from a modem, as it is written back.

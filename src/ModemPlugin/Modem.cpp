@@ -12,8 +12,10 @@ namespace modem {
 
 namespace {
 
-// With the prompt's limit and a way back into step before it less than the 70 seconds that the service waits.
+// With the prompt's limit, the link's and a way back into step before it less than the 70 seconds that the service
+// waits.
 const unsigned int kSendLimitMs = 55000;
+const unsigned int kLinkLimitMs = 2000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kRetryMs = 1000;
 // Places in AT+CNMI and values there (3GPP TS 27.005, 3.4.1).
@@ -158,6 +160,7 @@ bool CModem::Install(const std::shared_ptr<Connection>& connection) {
 bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
   m_strChosen.clear();
   m_stored.ForgetListings();
+  m_bKeepsLink = true;
   const std::lock_guard<std::mutex> guard(m_lock);
   if (connection.bGone || m_bStop) {
     return false;
@@ -371,7 +374,19 @@ void CModem::AnnounceState() {
   m_events.Raise(CEventRaiser::Source::kMessages, WMS_EVENT_READY);
 }
 
+/// More parts follow: the modem keeps the link to the network open between them, and closes it by itself some seconds
+/// after the last (3GPP TS 27.005, 3.5.6).
+void CModem::KeepLink() {
+  if (m_bKeepsLink) {
+    CAtCommand command("+CMMS=");
+    m_bKeepsLink = Execute(command.Number(1), "+CMMS:", kLinkLimitMs).IsOk();
+  }
+}
+
 void CModem::SendOne(const PduLine& line) {
+  if (line.bBeginsRun) {
+    Guarded([this] { KeepLink(); });
+  }
   const AtReply reply = Guarded([&] {
     CAtCommand command("+CMGS=");
     command.Number(static_cast<long>(line.tpduOctets));

@@ -131,6 +131,7 @@ private:
   void AskAgain();
   bool Reconnect();
   void SendOne(const PduLine& line);
+  void KeepLink();
   void FailQueued();
   void RaiseVerdict(DWORD dwStatus);
   void OnLost(Connection& connection);
@@ -158,7 +159,8 @@ private:
   std::atomic<bool> m_bBroadcasts{true};
   std::atomic<bool> m_bNetworkTime{false};
   std::atomic<bool> m_bDirect{false};
-  JEvent m_hWork;  // something is queued, the line is lost, or the end has come
+  std::atomic<bool> m_bKeepsLink{true};  // until the modem refuses AT+CMMS
+  JEvent m_hWork;                        // something is queued, the line is lost, or the end has come
 
   mutable std::mutex m_lock;  // the next five
   std::shared_ptr<Connection> m_pConnection;

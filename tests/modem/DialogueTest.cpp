@@ -93,6 +93,12 @@ public:
     if (what == "send") {
       return Answer(m_service.SMSSendMsg(Part(first, rest), &status), status, "queued");
     }
+    if (what == "part") {  // 1/3 NUMBER TEXT
+      SMS_PARAM part = Part(rest.substr(0, rest.find(' ')), rest.substr(rest.find(' ') + 1));
+      part.bLongSms = true;
+      part.stLongSMS_info = {7, static_cast<BYTE>(first[2] - '0'), static_cast<BYTE>(first[0] - '0')};
+      return Answer(m_service.SMSSendMsg(part, &status), status, "queued");
+    }
     if (what == "bearer") {
       return Answer(m_service.SMSSetBearer(static_cast<SmsBear>(std::stoi(first)), &status), status, "done");
     }
