@@ -63,6 +63,7 @@ bool CModem::Start(std::string& error) {
     return true;
   }
   m_bStop = false;
+  m_bPresent = true;
   const bool started = Guarded([&] { return StartThreads(error); });
   if (!started) {
     Stop();
@@ -103,6 +104,15 @@ void CModem::Stop() {
   const std::lock_guard<std::mutex> guard(m_lock);
   m_pConnection.reset();
   m_tasks.clear();
+}
+
+void CModem::SetPresent(bool bPresent) {
+  m_bPresent = bPresent;
+  const auto connection = bPresent ? nullptr : CurrentConnection();
+  if (connection) {
+    connection->pStream->Close();
+  }
+  m_hWork.SetEvent();
 }
 
 std::shared_ptr<CModem::Connection> CModem::CurrentConnection() const {
@@ -323,7 +333,7 @@ void CModem::Work() {
 
 CModem::Next CModem::WorkOnce() {
   if (!m_bAvailable) {
-    return Reconnect() ? Next::kGoOn : Next::kRetryLater;
+    return Reconnect() ? Next::kGoOn : m_bPresent ? Next::kRetryLater : Next::kAwaitWork;
   }
   if (const auto connection = CurrentConnection(); connection && connection->dialogue.HasRestarted()) {
     TraceFault("the modem was started anew by itself");
@@ -357,7 +367,7 @@ bool CModem::Reconnect() {
   FailQueued();
   m_pReader.reset();
   std::string error;
-  if (!Connect(error)) {
+  if (!m_bPresent || !Connect(error)) {
     return false;
   }
   TraceFault("the modem is back: " + Facts().model);

@@ -55,6 +55,10 @@ public:
   bool Start(std::string& error);
   void Stop();
 
+  /// Told by whoever watches the bus. Absent: the line is closed and not tried again before the modem is present.
+  /// Without anybody who tells it counts as present.
+  void SetPresent(bool bPresent);
+
   bool IsAvailable() const { return m_bAvailable; }
   ModemFacts Facts() const;
   CEventRaiser& Events() { return m_events; }
@@ -157,6 +161,7 @@ private:
   std::atomic<bool> m_bAvailable{false};  // this and the next are changed under m_lock
   std::atomic<bool> m_bStop{true};
   std::atomic<bool> m_bBroadcasts{true};
+  std::atomic<bool> m_bPresent{true};
   std::atomic<bool> m_bNetworkTime{false};
   std::atomic<bool> m_bDirect{false};
   std::atomic<bool> m_bKeepsLink{true};  // until the modem refuses AT+CMMS

@@ -4,38 +4,44 @@
 #include "LineAddress.h"
 #include "LineSettings.h"
 #include "SerialPort.h"
-#include "TcpPort.h"
 
 namespace modem {
 
 namespace {
 
-std::unique_ptr<IByteStream> OpenConfigured(std::string& error) {
-  LineAddress address;
-  SerialSettings serial;
-  if (!ParseAddress(ConfiguredDevice(), address, error) || !LoadSerialSettings(serial, error)) {
-    return nullptr;
-  }
-  if (address.kind == LineAddress::Kind::kTcp) {
-    return CTcpPort::Open(address.host, address.port, error);
-  }
-  return CSerialPort::Open(address.text, error, serial);
+std::unique_ptr<IByteStream> OpenPort(const std::string& path, std::string& error) {
+  SerialSettings settings;
+  return LoadSerialSettings(settings, error) ? CSerialPort::Open(path, error, settings) : nullptr;
 }
+
+PortAnswer Probe(const std::string& path) { return ProbePort(path, OpenPort); }
 
 CModemPlugin* g_pPlugin = nullptr;
 
 }  // namespace
 
 CModemPlugin::CModemPlugin()
-    : m_modem(OpenConfigured), m_messages(m_modem), m_device(m_modem), m_network(m_modem), m_manager(m_modem) {}
+    : m_finder(m_bus, Probe),
+      m_line({m_bus, Probe, OpenPort}),
+      m_modem([this](std::string& error) { return OpenLine(error); }),
+      m_messages(m_modem),
+      m_device(m_modem),
+      m_network(m_modem),
+      m_manager(m_modem) {}
 
 CModemPlugin::~CModemPlugin() noexcept = default;
+
+std::unique_ptr<IByteStream> CModemPlugin::OpenLine(std::string& error) {
+  LineAddress address;
+  return ParseAddress(ConfiguredDevice(), address, error) ? m_line.Open(address, error) : nullptr;
+}
 
 bool CModemPlugin::Init() {
   m_strError = "out of memory";  // unless it is known better
   return Guarded([this] {
     if (m_modem.Start(m_strError)) {
       m_strError.clear();
+      m_line.Watch([this](bool bPresent) { m_modem.SetPresent(bPresent); });
       return true;
     }
     const std::string path = ConfiguredDevice();
@@ -66,13 +72,19 @@ bool CModemPlugin::QueryInterface(int iInterface, IBaseInterface** ppOut) {
     case PLUGIN_DETAILS_INTERFACE:
       *ppOut = static_cast<IPluginDetails*>(this);
       return true;
+    case MODEM_FINDER_INTERFACE:
+      *ppOut = static_cast<IModemFinder*>(&m_finder);
+      return true;
     default:
       return false;
   }
 }
 
 void CModemPlugin::OnDestroy() {
-  Guarded([this] { m_modem.Stop(); });
+  Guarded([this] {
+    m_line.EndWatch();
+    m_modem.Stop();
+  });
 }
 
 const char* CModemPlugin::GetFurtherCLSID(int iIndex) {

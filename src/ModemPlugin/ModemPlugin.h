@@ -5,6 +5,8 @@
 #include "IBasePlugin.h"
 #include "IPluginDetails.h"
 #include "MessageService.h"
+#include "ModemLine.h"
+#include "UdevBus.h"
 
 #include <string>
 
@@ -34,6 +36,11 @@ public:
   const char* GetErrorText() override { return m_strError.c_str(); }
 
 private:
+  std::unique_ptr<IByteStream> OpenLine(std::string& error);
+
+  CUdevBus m_bus;
+  CModemFinder m_finder;
+  CModemLine m_line;
   CModem m_modem;
   CMessageService m_messages;
   CDeviceService m_device;

@@ -1,0 +1,39 @@
+// Asks a port whether a modem answers there, and which.
+#pragma once
+
+#include "ByteStream.h"
+#include "services/IModemFinder.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace modem {
+
+struct PortAnswer {
+  FoundPort::State state = FoundPort::State::kSilent;
+  std::string note;  // why it is closed
+  // of a modem that answers; each may be empty
+  std::string maker;
+  std::string model;
+  std::string imei;
+  std::string iccid;
+};
+
+/// Opens a port to ask it. @param error  out: one line for a person, when the result is null.
+typedef std::function<std::unique_ptr<IByteStream>(const std::string& path, std::string& error)> PortOpener;
+
+/// Asks "AT", and who it is if it answers; changes nothing on the modem. Returns within 2 s when there is no answer.
+/// Threads: any; on a port that nobody else uses.
+PortAnswer ProbePort(const std::string& path, const PortOpener& open);
+
+/// The digits of the first number in a reply, without check digit and version (3GPP TS 23.003, 6.2): what tells two
+/// IMEIs apart.
+bool IsSameImei(const std::string& left, const std::string& right);
+/// Some modems leave the last digit out.
+bool IsSameIccid(const std::string& left, const std::string& right);
+
+/// An ICCID as EF-ICCID holds it (ETSI TS 102 221, 13.2): hexadecimal, digits of an octet in reverse order.
+std::string IccidOfFile(const std::string& hex);
+
+}  // namespace modem
