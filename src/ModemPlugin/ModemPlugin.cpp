@@ -22,7 +22,7 @@ CModemPlugin* g_pPlugin = nullptr;
 
 CModemPlugin::CModemPlugin()
     : m_finder(m_bus, Probe),
-      m_line({m_bus, Probe, OpenPort}),
+      m_port({m_bus, Probe, OpenPort}),
       m_modem([this](std::string& error) { return OpenLine(error); }),
       m_messages(m_modem),
       m_device(m_modem),
@@ -33,7 +33,7 @@ CModemPlugin::~CModemPlugin() noexcept = default;
 
 std::unique_ptr<IByteStream> CModemPlugin::OpenLine(std::string& error) {
   LineAddress address;
-  return ParseAddress(ConfiguredDevice(), address, error) ? m_line.Open(address, error) : nullptr;
+  return ParseAddress(ConfiguredDevice(), address, error) ? m_port.Open(address, error) : nullptr;
 }
 
 bool CModemPlugin::Init() {
@@ -41,7 +41,7 @@ bool CModemPlugin::Init() {
   return Guarded([this] {
     if (m_modem.Start(m_strError)) {
       m_strError.clear();
-      m_line.Watch([this](bool bPresent) { m_modem.SetPresent(bPresent); });
+      m_port.Watch([this](bool bPresent) { m_modem.SetPresent(bPresent); });
       return true;
     }
     const std::string path = ConfiguredDevice();
@@ -82,7 +82,7 @@ bool CModemPlugin::QueryInterface(int iInterface, IBaseInterface** ppOut) {
 
 void CModemPlugin::OnDestroy() {
   Guarded([this] {
-    m_line.EndWatch();
+    m_port.EndWatch();
     m_modem.Stop();
   });
 }

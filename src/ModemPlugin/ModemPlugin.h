@@ -5,7 +5,7 @@
 #include "IBasePlugin.h"
 #include "IPluginDetails.h"
 #include "MessageService.h"
-#include "ModemLine.h"
+#include "ModemPort.h"
 #include "UdevBus.h"
 
 #include <string>
@@ -40,7 +40,7 @@ private:
 
   CUdevBus m_bus;
   CModemFinder m_finder;
-  CModemLine m_line;
+  CModemPort m_port;
   CModem m_modem;
   CMessageService m_messages;
   CDeviceService m_device;

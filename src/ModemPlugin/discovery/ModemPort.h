@@ -1,4 +1,4 @@
-// The line to the configured modem: found by what names it, and found again by what it is.
+// The port of the configured modem: found by what names it, and found again by what it is.
 #pragma once
 
 #include "LineAddress.h"
@@ -14,7 +14,7 @@ namespace modem {
 
 /// Life:    Open as often as the line is lost; Watch once, EndWatch.
 /// Threads: Open on one thread at a time; the rest on the owner's.
-class CModemLine {
+class CModemPort {
 public:
   /// How the world outside is reached; tests give another one.
   struct World {
@@ -25,9 +25,9 @@ public:
   /// Told on a thread of the bus whether the modem can be there now.
   typedef std::function<void(bool bPresent)> PresenceHandler;
 
-  explicit CModemLine(const World& world) : m_world(world), m_finder(world.bus, world.probe) {}
-  CModemLine(const CModemLine&) = delete;
-  CModemLine& operator=(const CModemLine&) = delete;
+  explicit CModemPort(const World& world) : m_world(world), m_finder(world.bus, world.probe) {}
+  CModemPort(const CModemPort&) = delete;
+  CModemPort& operator=(const CModemPort&) = delete;
 
   /// Opens the line to the modem that the address names. Once a modem on a bus has been opened, only that one is opened
   /// again: by its IMEI, SIM or place, whatever the address says, under whatever name its port has now.

@@ -1,4 +1,4 @@
-#include "ModemLine.h"
+#include "ModemPort.h"
 
 #include "TcpPort.h"
 #include "platform/TraceSrv.h"
@@ -25,7 +25,7 @@ ModemWish WishFor(const AskedPort& found) {
 
 }  // namespace
 
-std::unique_ptr<IByteStream> CModemLine::Open(const LineAddress& address, std::string& error) {
+std::unique_ptr<IByteStream> CModemPort::Open(const LineAddress& address, std::string& error) {
   std::optional<BusPort> before;
   ModemWish wish;
   {
@@ -36,7 +36,7 @@ std::unique_ptr<IByteStream> CModemLine::Open(const LineAddress& address, std::s
   return before ? OpenFound(wish, m_finder.FindAgain(wish, *before, error), error) : OpenNamed(address, error);
 }
 
-std::unique_ptr<IByteStream> CModemLine::OpenNamed(const LineAddress& address, std::string& error) {
+std::unique_ptr<IByteStream> CModemPort::OpenNamed(const LineAddress& address, std::string& error) {
   switch (address.kind) {
     case LineAddress::Kind::kTcp:
       return CTcpPort::Open(address.host, address.port, error);
@@ -57,7 +57,7 @@ std::unique_ptr<IByteStream> CModemLine::OpenNamed(const LineAddress& address, s
   }
 }
 
-std::unique_ptr<IByteStream> CModemLine::OpenFound(const ModemWish& wish, const std::optional<AskedPort>& found,
+std::unique_ptr<IByteStream> CModemPort::OpenFound(const ModemWish& wish, const std::optional<AskedPort>& found,
                                                    std::string& error) {
   if (!found) {
     return nullptr;
@@ -66,13 +66,13 @@ std::unique_ptr<IByteStream> CModemLine::OpenFound(const ModemWish& wish, const 
   return m_world.openPort(found->port.path, error);
 }
 
-void CModemLine::Remember(const ModemWish& wish, const BusPort& port) {
+void CModemPort::Remember(const ModemWish& wish, const BusPort& port) {
   const std::lock_guard<std::mutex> guard(m_lock);
   m_wish = wish;
   m_port = port;
 }
 
-void CModemLine::Watch(const PresenceHandler& onPresence) {
+void CModemPort::Watch(const PresenceHandler& onPresence) {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     if (!m_port) {
@@ -86,7 +86,7 @@ void CModemLine::Watch(const PresenceHandler& onPresence) {
   }
 }
 
-void CModemLine::OnChange(const BusChange& change, const PresenceHandler& onPresence) {
+void CModemPort::OnChange(const BusChange& change, const PresenceHandler& onPresence) {
   ModemWish wish;
   BusPort before;
   {
