@@ -45,10 +45,17 @@ def seeds_of_message(row):
     yield "address", ROOM + text[:22].encode("utf-16-be")
 
 
+def seeds_of(row):
+    if row["as"] in ("page", "message"):
+        yield "cell_broadcast", ROOM + octets_of(row["hex"])
+    else:
+        yield from seeds_of_message(row)
+
+
 def main():
     folder = Path(sys.argv[1])
-    for row in rows("tpdus.jsonl"):
-        for number, (target, seed) in enumerate(seeds_of_message(row)):
+    for row in [*rows("tpdus.jsonl"), *rows("pages.jsonl")]:
+        for number, (target, seed) in enumerate(seeds_of(row)):
             (folder / target).mkdir(parents=True, exist_ok=True)
             (folder / target / f"{row['id']}-{number}").write_bytes(seed)
 

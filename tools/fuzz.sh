@@ -23,7 +23,7 @@ if ! has_fuzzer; then
     exit 0
   }
 fi
-tools/build.sh fuzz
+tools/build.sh fuzz fuzz_targets
 
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then

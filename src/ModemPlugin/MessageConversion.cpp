@@ -1,5 +1,7 @@
 #include "MessageConversion.h"
 
+#include "CellBroadcast.h"
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -194,39 +196,6 @@ void KeepAsText(const std::string& hex, SMReadRecord& record) {
   std::copy_n(hex.begin(), record.dwLength, record.wszContent);
 }
 
-/// Coding of a page (3GPP TS 23.038, 5); the language's name may stand in front of the text.
-sms_pdu::Coding CodingOfPage(BYTE dcs) {
-  const BYTE kUcs2WithLanguage = 0x11;
-  const BYTE group = dcs >> 4;
-  if (dcs == kUcs2WithLanguage) {
-    return sms_pdu::Coding::Ucs2;
-  }
-  if ((group >= 0x4 && group <= 0x7) || group == 0x9) {
-    const BYTE alphabet = (dcs >> 2) & 3;
-    return alphabet == 1 ? sms_pdu::Coding::Octets : alphabet == 2 ? sms_pdu::Coding::Ucs2 : sms_pdu::Coding::Gsm7;
-  }
-  return group == 0xF && (dcs & 4) != 0 ? sms_pdu::Coding::Octets : sms_pdu::Coding::Gsm7;
-}
-
-std::size_t TextOfPage(BYTE dcs, const BYTE* octets, std::size_t size, VELK_wchar_t* text) {
-  BYTE septets[sms_pdu::kMaxSeptets];
-  std::size_t count = 0;
-  switch (CodingOfPage(dcs)) {
-    case sms_pdu::Coding::Ucs2:
-      for (; 2 * count + 1 < size; ++count) {
-        text[count] = static_cast<VELK_wchar_t>(octets[2 * count] << 8 | octets[2 * count + 1]);
-      }
-      return count;
-    case sms_pdu::Coding::Octets:
-      std::copy_n(octets, size, text);
-      return size;
-    default:
-      count = size * 8 / 7;
-      sms_pdu::UnpackSeptets(octets, size, 0, septets, count);
-      return sms_pdu::SeptetsToText(septets, count, SMS_NLI(), text);
-  }
-}
-
 sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
   data.dcs = DcsOf(part.cDCS);
   const std::size_t length = static_cast<std::size_t>(std::clamp(part.iContentLen, 0, 160));
@@ -348,29 +317,20 @@ bool ToLine(const std::string& hex, PduLine& out) {
 }
 
 bool ReadPage(const std::string& hex, CBSMessage& page) {
-  const std::size_t kHeaderOctets = 6;
-  const std::size_t kMostOctets = 88;
-  const VELK_wchar_t kPadding = u'\r';
-  BYTE octets[kMostOctets];
+  BYTE octets[sms_pdu::kPageOctets];
   std::size_t size = 0;
+  sms_pdu::BroadcastPage read;
   if (sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) != sms_pdu::PduError::None ||
-      size < kHeaderOctets) {
+      sms_pdu::DecodePage(octets, size, &read) != sms_pdu::PduError::None) {
     return false;
   }
   page = CBSMessage();
-  page.SerialNumber = static_cast<DWORD>(octets[0] << 8 | octets[1]);
-  page.MessageId = static_cast<DWORD>(octets[2] << 8 | octets[3]);
-  page.Sequence = octets[5] >> 4;
-  page.TotalNumber = octets[5] & 0x0F;
-  if (page.Sequence == 0 || page.TotalNumber < page.Sequence) {
-    page.Sequence = page.TotalNumber = 1;  // as the standard reads a parameter without sense
-  }
-  VELK_wchar_t text[sms_pdu::kMaxSeptets] = {};
-  std::size_t length = TextOfPage(octets[4], octets + kHeaderOctets, size - kHeaderOctets, text);
-  while (length > 0 && (text[length - 1] == kPadding || text[length - 1] == 0)) {
-    --length;
-  }
-  std::copy_n(text, std::min(length, std::size(page.wszContent)), page.wszContent);
+  page.SerialNumber = read.serial;
+  page.MessageId = read.messageId;
+  page.Sequence = read.page;
+  page.TotalNumber = read.pages;
+  std::copy_n(read.text, read.textLength, page.wszContent);
+  std::copy_n(read.octets, read.octetCount, page.wszContent);  // one unit an octet; there is no text then
   return true;
 }
 
