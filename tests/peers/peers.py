@@ -1,16 +1,15 @@
 """A modem-sim of one's own for a program that other people wrote, and what its tests share."""
 
+import json
 import os
 import pathlib
-import select
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
-import termios
 import time
-import tty
 import unittest
 
 DEADLINE_S = 150
@@ -33,54 +32,46 @@ def await_that(holds, what):
 
 
 class Modem:
-    """A running modem-sim behind a symbolic link."""
+    """A running modem-sim: a port behind a symbolic link, and its control socket."""
 
     def __init__(self, folder, *options):
         self.link = str(folder / "modem")
+        control = str(folder / "control")
         self._program = subprocess.Popen(
-            [os.environ["MODEM_SIM"], "--link", self.link, "--number", OWN_NUMBER, *options],
+            [os.environ["MODEM_SIM"], "--link", self.link, "--control", control, "--number", OWN_NUMBER, *options],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
-        self._program.stdout.readline()  # the path of the port: it is there
+        self._program.stdout.readline()  # the path of the port: everything is there
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(DEADLINE_S)
+            connection.connect(control)
+            self._control = connection.makefile("rw", encoding="utf-8")
 
     def close(self):
+        self._control.close()
         self._program.kill()
         self._program.wait()
         self._program.stdout.close()
 
-    def ask(self, *commands):
-        """The information lines of the commands' replies. Nobody else may have the port open."""
-        port = os.open(self.link, os.O_RDWR | os.O_NOCTTY)
-        try:
-            tty.setraw(port)
-            termios.tcflush(port, termios.TCIOFLUSH)
-            self._reply(port, "ATE0V1")
-            return [line for command in commands for line in self._reply(port, command)]
-        finally:
-            os.close(port)
+    def control(self, request, **fields):
+        """The answer to a request of the control socket."""
+        self._control.write(json.dumps({"do": request, **fields}) + "\n")
+        self._control.flush()
+        answer = json.loads(self._control.readline())
+        if not answer["ok"]:
+            raise AssertionError(f"{request} {fields}: {answer['error']}")
+        return answer
 
-    def messages(self, memory="SM"):
-        """Transfer PDUs of a memory, in its order."""
-        lines = self.ask("AT+CMGF=0", f'AT+CPMS="{memory}"', "AT+CMGL=4")
-        return [pdu for head, pdu in zip(lines, lines[1:]) if head.startswith("+CMGL:")]
+    def sent(self):
+        """What the network has accepted, in order."""
+        return self.control("sent")["messages"]
 
-    def send(self, number, text):
-        """Sends a message as a computer would. Nobody else may have the port open."""
-        pdu = submit_pdu(number, text)
-        self.ask("AT+CMGF=0", f"AT+CMGS={len(pdu) // 2 - 1}\r{pdu}\x1a")
+    def deliver(self, number, text, **fields):
+        """A message, in as many parts as it takes, arrives at the network."""
+        self.control("deliver", **{"from": number, "text": text, **fields})
 
-    @staticmethod
-    def _reply(port, command):
-        os.write(port, command.encode("ascii") + b"\r")
-        text = b""
-        end = time.monotonic() + DEADLINE_S
-        while b"OK\r\n" not in text and b"ERROR" not in text:
-            if not select.select([port], [], [], max(0, end - time.monotonic()))[0]:
-                raise AssertionError(f"no reply to {command}: {text!r}")
-            text += os.read(port, 4096)
-        lines = [line for line in text.decode("ascii").replace("\r", "\n").split("\n") if line]
-        if lines[-1] != "OK":
-            raise AssertionError(f"{command}: {lines}")
-        return [line for line in lines[:-1] if line != command]
+    def stored(self):
+        """What the card holds."""
+        return self.control("memory", name="SM")["messages"]
 
 
 class PeerTest(unittest.TestCase):
@@ -126,14 +117,6 @@ class PeerTest(unittest.TestCase):
         except ProcessLookupError:
             pass
         program.wait()
-
-
-def submit_pdu(number, text):
-    """An SMS-SUBMIT in UCS-2 behind an empty service centre (3GPP TS 23.040, 9.2.2.2)."""
-    digits = number[1:] + "F" * (len(number) % 2 == 0)
-    swapped = "".join(digits[i + 1] + digits[i] for i in range(0, len(digits), 2))
-    content = text.encode("utf-16-be").hex().upper()
-    return f"000100{len(number) - 1:02X}91{swapped}0008{len(content) // 2:02X}{content}"
 
 
 def search_path():

@@ -2,9 +2,10 @@
 
 import getpass
 
-from peers import LONG_TEXT, OTHER_NUMBER, OWN_NUMBER, PeerTest, await_that, main
+from peers import LONG_TEXT, OTHER_NUMBER, UNICODE_TEXT, PeerTest, await_that, main
 
 BASIC_PLANE_TEXT = "Grüße, 日本語"
+REFUSED_NUMBER = "+491720000028"
 FOLDERS = ("outgoing", "checked", "incoming", "report", "sent", "failed")
 
 CONFIG = """\
@@ -15,6 +16,7 @@ loglevel = 7
 pidfile = {folder}/smsd.pid
 infofile = {folder}/smsd.working
 delaytime = 1
+errorsleeptime = 1
 incoming_utf8 = yes
 {folders}
 [SIM]
@@ -27,6 +29,7 @@ report = yes
 
 class Smstools(PeerTest):
     programs = ("smsd",)
+    modem_options = ("--refuse", REFUSED_NUMBER + "=28")
 
     def setUp(self):
         super().setUp()
@@ -59,23 +62,44 @@ class Smstools(PeerTest):
         self.assertIn(f"From: {OTHER_NUMBER[1:]}", report)
         self.assertIn("Message_id: 0", text)
         self.assertIn("Status: 0", text)
+        message, = self.modem.sent()
+        self.assertEqual((message["number"], message["text"], message["report"]), (OTHER_NUMBER, "Hello", True))
 
-    def test_ReceivesWhatItSentItself(self):
-        self.spool(OWN_NUMBER, "Hello")
+    def test_ReceivesAMessage(self):
+        self.modem.deliver(OTHER_NUMBER, "Hello")
         headers, text = self.await_message("incoming")
-        self.assertIn(f"From: {OWN_NUMBER[1:]}", headers)
+        self.assertIn(f"From: {OTHER_NUMBER[1:]}", headers)
         self.assertEqual(text, "Hello")
+        await_that(lambda: self.modem.stored() == [], "an empty card")
 
-    def test_SendsALongMessageAndReceivesItJoined(self):
-        self.spool(OWN_NUMBER, LONG_TEXT.strip())
+    def test_SendsALongMessage(self):
+        self.spool(OTHER_NUMBER, LONG_TEXT.strip())
+        self.await_message("sent")
+        sent = self.modem.sent()
+        self.assertEqual([(message["part"], message["parts"]) for message in sent], [(1, 3), (2, 3), (3, 3)])
+        self.assertEqual("".join(message["text"] for message in sent), LONG_TEXT.strip())
+
+    def test_JoinsALongMessage(self):
+        self.modem.deliver(OTHER_NUMBER, LONG_TEXT.strip(), parts=[3, 1, 2])
         _, text = self.await_message("incoming")
         self.assertEqual(text, LONG_TEXT.strip())
 
-    def test_SendsAndReceivesUnicode(self):
+    def test_SendsUnicode(self):
         # smsd leaves characters beyond the basic plane out
-        self.spool(OWN_NUMBER, BASIC_PLANE_TEXT, "Alphabet: UTF-8")
+        self.spool(OTHER_NUMBER, BASIC_PLANE_TEXT, "Alphabet: UTF-8")
+        self.await_message("sent")
+        message, = self.modem.sent()
+        self.assertEqual(message["text"], BASIC_PLANE_TEXT)
+
+    def test_ReceivesUnicode(self):
+        self.modem.deliver(OTHER_NUMBER, UNICODE_TEXT)
         _, text = self.await_message("incoming")
-        self.assertEqual(text, BASIC_PLANE_TEXT)
+        self.assertEqual(text, UNICODE_TEXT)
+
+    def test_SaysWhyAMessageWasRefused(self):
+        self.spool(REFUSED_NUMBER, "Hello")
+        headers, _ = self.await_message("failed")
+        self.assertIn("+CMS ERROR: 28", headers)
 
 
 if __name__ == "__main__":
