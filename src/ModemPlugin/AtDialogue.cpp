@@ -33,26 +33,30 @@ void TraceLine(const char* direction, const std::string& line) {
 CAtDialogue::CAtDialogue(IByteStream& stream, const UnsolicitedHandler& onUnsolicited)
     : m_stream(stream), m_onUnsolicited(onUnsolicited) {
   m_hDone.Init(false, false);
+  m_hGone.Init(true, false);
 }
 
+bool CAtDialogue::Pause(unsigned int milliseconds) { return m_hGone.WaitForSingleObject(milliseconds) != 0; }
+
 AtReply CAtDialogue::Execute(const CAtCommand& command, const char* prefix, unsigned int limitMs) {
-  return command.IsValid() ? Run(command.Text(), nullptr, prefix, limitMs) : Ended(AtReply::Final::kRefused);
+  return command.IsValid() ? Run(command, nullptr, prefix, limitMs) : Ended(AtReply::Final::kRefused);
 }
 
 AtReply CAtDialogue::ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
                                        unsigned int limitMs) {
   const bool clean = octets.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
-  return command.IsValid() && clean ? Run(command.Text(), &octets, prefix, limitMs) : Ended(AtReply::Final::kRefused);
+  return command.IsValid() && clean ? Run(command, &octets, prefix, limitMs) : Ended(AtReply::Final::kRefused);
 }
 
-AtReply CAtDialogue::Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs) {
+AtReply CAtDialogue::Run(const CAtCommand& command, const std::string* octets, const char* prefix,
+                         unsigned int limitMs) {
   const CTurn turn(m_turn);
-  const AtReply reply = RunOnce(text, octets, prefix, limitMs);
+  const AtReply reply = RunOnce(command, octets, prefix, limitMs);
   // A modem that waited for somebody's message took the command for its text; what writes a message is not repeated.
-  return octets == nullptr && WasSwallowed() ? RunOnce(text, octets, prefix, limitMs) : reply;
+  return octets == nullptr && WasSwallowed() ? RunOnce(command, octets, prefix, limitMs) : reply;
 }
 
-AtReply CAtDialogue::RunOnce(const std::string& text, const std::string* octets, const char* prefix,
+AtReply CAtDialogue::RunOnce(const CAtCommand& command, const std::string* octets, const char* prefix,
                              unsigned int limitMs) {
   if (HasRestarted()) {
     return Ended(AtReply::Final::kNoAnswer);
@@ -62,23 +66,23 @@ AtReply CAtDialogue::RunOnce(const std::string& text, const std::string* octets,
     return Ended(AtReply::Final::kNoAnswer);
   }
   m_bOutOfStep = true;  // until the reply is there, also when this thread is cancelled while it waits
-  Begin(octets == nullptr ? State::kReply : State::kPrompt, text, prefix);
-  const AtReply reply = Converse(text, octets, limitMs);
+  Begin(octets == nullptr ? State::kReply : State::kPrompt, command, prefix);
+  const AtReply reply = Converse(command, octets, limitMs);
   m_bOutOfStep = reply.final == AtReply::Final::kNoAnswer;
   return reply;
 }
 
-AtReply CAtDialogue::Converse(const std::string& text, const std::string* octets, unsigned int limitMs) {
-  if (!Send(text + "\r")) {
+AtReply CAtDialogue::Converse(const CAtCommand& command, const std::string* octets, unsigned int limitMs) {
+  if (!Send(command.Text() + "\r", command.Shown())) {
     return Ended(AtReply::Final::kLineGone);
   }
   if (octets == nullptr || !AwaitPrompt(*octets)) {
     return Await(octets == nullptr ? limitMs : kNoWait);
   }
-  return Send(*octets + kCtrlZ) ? Await(limitMs) : Ended(AtReply::Final::kLineGone);
+  return Send(*octets + kCtrlZ, *octets) ? Await(limitMs) : Ended(AtReply::Final::kLineGone);
 }
 
-void CAtDialogue::Begin(State state, const std::string& text, const char* prefix) {
+void CAtDialogue::Begin(State state, const CAtCommand& command, const char* prefix) {
   const std::lock_guard<std::mutex> guard(m_lock);
   m_hDone.ResetEvent();
   m_state = state;
@@ -86,7 +90,7 @@ void CAtDialogue::Begin(State state, const std::string& text, const char* prefix
   m_bEnded = false;
   m_bDataFollows = false;
   m_bUnaskedPrompt = false;
-  m_strEcho = text;
+  m_strEcho = command.Text();
   m_strPrefix = prefix == nullptr ? "" : prefix;
   m_reply = AtReply();
   if (m_bGone) {
@@ -95,8 +99,8 @@ void CAtDialogue::Begin(State state, const std::string& text, const char* prefix
 }
 
 /// What cannot be written leaves the line in an unknown state: it is given up.
-bool CAtDialogue::Send(const std::string& bytes) {
-  TraceLine("-> ", bytes);
+bool CAtDialogue::Send(const std::string& bytes, const std::string& shown) {
+  TraceLine("-> ", shown);
   if (m_stream.Write(bytes)) {
     return true;
   }
@@ -158,9 +162,9 @@ bool CAtDialogue::GetBackIntoStep() {
   bool answered = false;
   for (const char* question : {"+CMGF", "+CSMS", "+CNMI"}) {
     const std::string prefix = std::string(question) + ":";
-    const std::string text = std::string("AT") + question + "?";
-    Begin(State::kStep, text, prefix.c_str());
-    if (!Send(kEscape) || !Send(text + "\r")) {
+    const CAtCommand command((std::string(question) + "?").c_str());
+    Begin(State::kStep, command, prefix.c_str());
+    if (!Send(kEscape, "escape") || !Send(command.Text() + "\r", command.Shown())) {
       return false;
     }
     const AtReply reply = Await(kStepLimitMs);
@@ -178,6 +182,7 @@ bool CAtDialogue::GetBackIntoStep() {
 void CAtDialogue::LineGone() {
   const std::lock_guard<std::mutex> guard(m_lock);
   m_bGone = true;
+  m_hGone.SetEvent();
   if (m_state != State::kIdle) {
     EndReply(AtReply::Final::kLineGone, 0);
   }
@@ -228,11 +233,12 @@ void CAtDialogue::TakePrompt() {
 }
 
 void CAtDialogue::TakeLine(const std::string& line, Unsolicited& unsolicited) {
-  TraceLine("<- ", line);
+  const bool replying = m_state != State::kIdle;
+  const bool echo = replying && line == m_strEcho;
+  TraceLine("<- ", echo ? "(echo)" : line);
   AtReply::Final final = AtReply::Final::kOk;
   int code = 0;
-  const bool replying = m_state != State::kIdle;
-  if (replying && line == m_strEcho) {
+  if (echo) {
     TakeEcho();
   } else if (TakeOctets(line, unsolicited)) {
     return;
@@ -301,7 +307,8 @@ void CAtDialogue::TakeReplyLine(const std::string& line) {
 bool CAtDialogue::BelongsToReply(const std::string& line) const {
   if (m_strPrefix.empty()) {
     // "AT+CGMM" is answered by the bare text, by some with "+CGMM: " before it; a single digit is a result code
-    const std::string own = m_strEcho.substr(std::min<std::size_t>(2, m_strEcho.size())) + ":";
+    const std::string name = m_strEcho.substr(0, m_strEcho.find_first_of("=?"));
+    const std::string own = name.substr(std::min<std::size_t>(2, name.size())) + ":";
     return IsTagged(line) ? StartsWith(line, own.c_str()) : line.size() > 1;
   }
   if (!StartsWith(line, m_strPrefix.c_str())) {

@@ -59,6 +59,9 @@ public:
   AtReply ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
                             unsigned int limitMs);
 
+  /// @return false: the line is gone.
+  bool Pause(unsigned int milliseconds);
+
   /// Bytes from the line.
   void Feed(const std::string& bytes);
   /// The line is gone: whoever waits is told, and every later command fails at once.
@@ -68,16 +71,16 @@ private:
   enum class State { kIdle, kReply, kPrompt, kStep };
   typedef std::vector<std::pair<std::string, std::string>> Unsolicited;  // line and octets
 
-  AtReply Run(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
-  AtReply RunOnce(const std::string& text, const std::string* octets, const char* prefix, unsigned int limitMs);
-  AtReply Converse(const std::string& text, const std::string* octets, unsigned int limitMs);
+  AtReply Run(const CAtCommand& command, const std::string* octets, const char* prefix, unsigned int limitMs);
+  AtReply RunOnce(const CAtCommand& command, const std::string* octets, const char* prefix, unsigned int limitMs);
+  AtReply Converse(const CAtCommand& command, const std::string* octets, unsigned int limitMs);
   AtReply Await(unsigned int limitMs);
   bool AwaitPrompt(const std::string& octets);
   bool HasUnaskedPrompt();
   bool WasSwallowed();
-  void Begin(State state, const std::string& text, const char* prefix);
+  void Begin(State state, const CAtCommand& command, const char* prefix);
   bool GetBackIntoStep();
-  bool Send(const std::string& bytes);
+  bool Send(const std::string& bytes, const std::string& shown);
 
   // m_lock held
   void TakeOctet(char octet, Unsolicited& unsolicited);
@@ -95,6 +98,7 @@ private:
   IByteStream& m_stream;
   const UnsolicitedHandler m_onUnsolicited;
   CTurnstile m_turn;          // of the caller whose command runs
+  JEvent m_hGone;             // set for good
   JEvent m_hDone;             // the reply has ended, or the prompt is there
   bool m_bOutOfStep = false;  // guarded by m_turn
 

@@ -3,6 +3,11 @@
 #include "platform/GlobalFunction.h"
 #include "platform/VelkString.h"
 
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+#include <vector>
+
 namespace modem {
 
 namespace {
@@ -14,6 +19,9 @@ const VELK_wchar_t kReplyPath[] = u"ReplyPath";
 const VELK_wchar_t kPriority[] = u"Priority";
 const VELK_wchar_t kReceiveMode[] = u"ReceiveMode";
 const VELK_wchar_t kNetworkTime[] = u"NetworkTime";
+const VELK_wchar_t kPin[] = u"Pin";
+const VELK_wchar_t kPinTried[] = u"PinTried";  // the PIN, then the cards
+const char kAnyCard[] = "any";
 
 /// @return the number, or -1 when there is none from 0 to `highest`.
 int ReadNumber(const VELK_wchar_t* pszItem, int highest) {
@@ -27,6 +35,21 @@ bool WriteNumber(const VELK_wchar_t* pszItem, long before, long now) {
   VELK_wchar_t text[16] = {};
   return before == now ||
          CGlobalFunction::SetSetting(kSection, pszItem, VELK_itow(static_cast<int>(now), text, 10)) == 0;
+}
+
+std::string ReadText(const VELK_wchar_t* pszItem) {
+  const int length = std::max(CGlobalFunction::GetSetting(kSection, pszItem, nullptr, 0), 0);
+  VELK_wstring wide(static_cast<std::size_t>(length) + 1, 0);
+  CGlobalFunction::GetSetting(kSection, pszItem, &wide[0], length);
+  std::string text;
+  std::transform(wide.begin(), wide.end() - 1, std::back_inserter(text),
+                 [](VELK_wchar_t unit) { return unit < 0x80 ? static_cast<char>(unit) : '?'; });
+  return text;
+}
+
+std::vector<std::string> ReadPinTried() {
+  std::istringstream words(ReadText(kPinTried));
+  return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
 }
 
 }  // namespace
@@ -52,5 +75,25 @@ bool StoreKeptSettings(const WMSConfigurationType& before, const WMSConfiguratio
 }
 
 bool WantsNetworkTime() { return ReadNumber(kNetworkTime, 1) == 1; }
+
+std::string ConfiguredPin() { return ReadText(kPin); }
+
+bool WasPinTried(const std::string& pin, const std::string& iccid) {
+  const std::vector<std::string> tried = ReadPinTried();
+  return !tried.empty() && tried[0] == pin &&
+         (iccid.empty() || std::any_of(tried.begin() + 1, tried.end(),
+                                       [&](const std::string& card) { return card == iccid || card == kAnyCard; }));
+}
+
+bool NotePinTried(const std::string& pin, const std::string& iccid) {
+  const std::vector<std::string> tried = ReadPinTried();
+  std::string text = pin + ' ' + (iccid.empty() ? kAnyCard : iccid);
+  for (std::size_t card = 1; card < tried.size() && tried[0] == pin; ++card) {
+    text += ' ' + tried[card];
+  }
+  return CGlobalFunction::SetSetting(kSection, kPinTried, VELK_wstring(text.begin(), text.end()).c_str()) == 0;
+}
+
+void ForgetPinTried() { CGlobalFunction::SetSetting(kSection, kPinTried, u""); }
 
 }  // namespace modem

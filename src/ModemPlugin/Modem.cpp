@@ -1,8 +1,10 @@
 #include "Modem.h"
 
 #include "AtErrors.h"
+#include "CardStart.h"
 #include "Guarded.h"
 #include "Lines.h"
+#include "ModemNetwork.h"
 #include "ModemStart.h"
 
 #include <cstdlib>
@@ -161,7 +163,6 @@ bool CModem::Connect(std::string& error) {
 bool CModem::Install(const std::shared_ptr<Connection>& connection) {
   const std::lock_guard<std::mutex> guard(m_lock);
   m_pConnection = connection;
-  m_toldNetwork.reset();
   return !m_bStop;
 }
 
@@ -176,7 +177,10 @@ bool CModem::TakeIntoUse(Connection& connection, const ModemFacts& facts) {
     return false;
   }
   m_facts = facts;
-  m_facts.network = m_toldNetwork.value_or(facts.network);  // what was told came later
+  for (std::size_t domain = 0; domain < m_told.size(); ++domain) {
+    m_facts.domains[domain] = m_told[domain].value_or(facts.domains[domain]);  // what was told came later
+  }
+  m_facts.network = BestOf(m_facts.domains);
   m_bAvailable = true;
   return true;
 }
@@ -203,6 +207,7 @@ void CModem::OnLost(Connection& connection) {
     }
     m_facts.sim = SIM_STATE_NONE;
     m_facts.pin = DevDataDef::PIN_UNKNOWN;
+    m_facts.domains = {};
     m_facts.network = SYS_SRV_STATUS_NONE;
   }
   Guarded([&] {
@@ -236,6 +241,10 @@ AtReply CModem::Converse(const std::function<AtReply(CAtDialogue&)>& say) {
 
 /// With the wishes of clients beside what the modem does by itself.
 bool CModem::StartOn(CAtDialogue& dialogue, ModemFacts& facts, std::string& error) {
+  {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_told = {};
+  }
   if (!StartModem(dialogue, m_bBroadcasts, facts, error)) {
     return false;
   }
@@ -425,6 +434,28 @@ void CModem::AskAgain() {
   } else {
     TraceFault("the modem " + error);
     connection->pStream->Close();  // it is tried again until it can be used
+  }
+}
+
+void CModem::AskCardAgain() {
+  if (const auto connection = CurrentConnection()) {
+    CQuestions questions(connection->dialogue);
+    ModemFacts told;
+    AskCardState(questions, told);
+    if (!connection->dialogue.HasRestarted()) {
+      ApplyCard(told.sim, told.pin);
+    }
+  }
+}
+
+void CModem::AskOperatorAgain() {
+  if (const auto connection = CurrentConnection()) {
+    CQuestions questions(connection->dialogue);
+    ModemFacts told;
+    AskOperator(questions, told);
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_facts.operatorCode = told.operatorCode;
+    m_facts.signal = told.signal;
   }
 }
 

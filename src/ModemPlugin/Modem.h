@@ -4,11 +4,9 @@
 #include "AtDialogue.h"
 #include "EventRaiser.h"
 #include "MessageConversion.h"
+#include "ModemFacts.h"
 #include "StoredMessages.h"
 #include "platform/JThread.h"
-#include "services/IDeviceMgr.h"
-#include "services/IDeviceService.h"
-#include "services/INetSrv.h"
 
 #include <array>
 #include <atomic>
@@ -22,20 +20,6 @@
 #include <vector>
 
 namespace modem {
-
-/// What the modem told of itself at its start, kept up to date by what it tells later.
-struct ModemFacts {
-  std::string model;                    // maker and model, for messages
-  std::vector<SMS_MEM> memories;        // that messages can be read from
-  std::string received;                 // name of the memory that new messages go to
-  std::array<int, 5> indications = {};  // of AT+CNMI, as they are in force
-  bool acknowledges = false;            // direct messages wait for AT+CNMA (3GPP TS 27.005, 3.4.4)
-  SimState sim = SIM_STATE_NONE;
-  DevDataDef::PinStatus pin = DevDataDef::PIN_UNKNOWN;
-  SysSrvStatus network = SYS_SRV_STATUS_NONE;
-  std::string operatorCode;
-  std::string serviceCentre;
-};
 
 /// Opens the line anew: at the start, and after a loss. Tests give another one.
 typedef std::function<std::unique_ptr<IByteStream>(std::string& error)> StreamOpener;
@@ -133,6 +117,8 @@ private:
   void Work();
   Next WorkOnce();
   void AskAgain();
+  void AskCardAgain();
+  void AskOperatorAgain();
   bool Reconnect();
   void SendOne(const PduLine& line);
   void KeepLink();
@@ -141,10 +127,11 @@ private:
   void OnLost(Connection& connection);
   void OnUnsolicited(const std::string& line, const std::string& data);
   void OnDirectMessage(const std::string& line, const std::string& data);
-  void OnRegistration(const std::string& line);
+  bool OnRegistration(const std::string& line);
   void OnStored(const std::string& line);
   void OnFull(const std::string& line);
-  void OnSim(const std::string& line);
+  bool OnCard(const std::string& line);
+  void ApplyCard(SimState sim, DevDataDef::PinStatus pin);
   void RaiseMessage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
   void RaisePage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
   void Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage);
@@ -170,7 +157,7 @@ private:
   mutable std::mutex m_lock;  // the next five
   std::shared_ptr<Connection> m_pConnection;
   ModemFacts m_facts;
-  std::optional<SysSrvStatus> m_toldNetwork;  // since the line was opened, by the modem itself
+  std::array<std::optional<SysSrvStatus>, DOMAIN_COUNT> m_told;  // since the start began, by the modem itself
   std::deque<std::function<void()>> m_tasks;
   std::deque<PduLine> m_sends;
 

@@ -13,9 +13,9 @@ namespace modem {
 namespace {
 
 /// Lines without a tag that modems send by themselves.
-const char* const kBareNotices[] = {
-    "RING",      "NO CARRIER", "BUSY",    "NO ANSWER",         "NO DIALTONE",  "CONNECT",       "Call Ready",
-    "SMS Ready", "SMS DONE",   "PB DONE", "NORMAL POWER DOWN", "POWERED DOWN", "UNDER-VOLTAGE", "OVER-VOLTAGE"};
+const char* const kBareNotices[] = {"RING",    "NO CARRIER",        "BUSY",         "NO ANSWER",     "NO DIALTONE",
+                                    "CONNECT", "Call Ready",        "SMS Ready",    "SMS READY",     "SMS DONE",
+                                    "PB DONE", "NORMAL POWER DOWN", "POWERED DOWN", "UNDER-VOLTAGE", "OVER-VOLTAGE"};
 const char* const kRestarts[] = {"RDY", "APP RDY", "START", "^SYSSTART", "*EMRDY:", "+WIND: 3"};
 
 bool IsHex(char character) { return std::isxdigit(static_cast<unsigned char>(character)) != 0; }
@@ -63,7 +63,7 @@ bool FindFinal(const std::string& line, AtFinal& final, int& code) {
 
 bool IsTagged(const std::string& line) {
   const auto begins = [&](const char* notice) { return StartsWith(line, notice); };
-  return (line.size() > 1 && std::strchr("+^*#%$_", line[0]) != nullptr && line[1] >= 'A' && line[1] <= 'Z') ||
+  return (line.size() > 1 && std::strchr("+^*#%$_!", line[0]) != nullptr && line[1] >= 'A' && line[1] <= 'Z') ||
          std::any_of(std::begin(kBareNotices), std::end(kBareNotices), begins) || TellsRestart(line);
 }
 
@@ -90,6 +90,15 @@ bool TellsRestart(const std::string& line) {
   const bool tagged = !line.empty() && std::isalpha(static_cast<unsigned char>(line[0])) == 0;
   return std::any_of(std::begin(kRestarts), std::end(kRestarts),
                      [&](const char* restart) { return tagged ? StartsWith(line, restart) : line == restart; });
+}
+
+bool TellsMessagesReady(const std::string& line) {
+  for (const char* ready : {"SMS Ready", "SMS READY", "SMS DONE", "+QIND: SMS DONE", "+WIND: 4"}) {
+    if (line == ready) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool IsRegistrationReply(const std::string& line) {

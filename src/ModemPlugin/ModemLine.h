@@ -38,6 +38,9 @@ bool IsLengthOf(const std::string& head, const std::string& octets);
 /// The modem began anew by itself: its settings are lost.
 bool TellsRestart(const std::string& line);
 
+/// The card's messages can be used from now on.
+bool TellsMessagesReady(const std::string& line);
+
 /// "+CREG: 1,5" tells the mode first; by itself the modem tells the state ("+CREG: 5", "+CREG: 5,"00C3","1234"").
 bool IsRegistrationReply(const std::string& line);
 

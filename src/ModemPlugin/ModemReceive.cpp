@@ -1,6 +1,9 @@
 // What the modem tells by itself; on the reader's thread.
+#include "CardStart.h"
+#include "KeptSettings.h"
 #include "Lines.h"
 #include "Modem.h"
+#include "ModemNetwork.h"
 #include "ModemStart.h"
 
 namespace modem {
@@ -28,12 +31,12 @@ void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
     OnDirectMessage(line, data);
   } else if (StartsWith(line, "+CBM:")) {
     RaisePage(data, {});
-  } else if (StartsWith(line, "+CREG:")) {
-    OnRegistration(line);
-  } else if (StartsWith(line, "+CPIN:")) {
-    OnSim(line);
+  } else if (OnRegistration(line) || OnCard(line)) {
+    return;
   } else if (TellsRestart(line)) {
     m_hWork.SetEvent();
+  } else if (TellsMessagesReady(line) && IsAvailable() && Facts().memories.empty()) {
+    Queue([this] { AskAgain(); });  // what was refused at the start is there now
   } else if (TellsFull(line)) {
     OnFull(line);
   }
@@ -99,20 +102,30 @@ void CModem::OnFull(const std::string& line) {
   NoteFull(parameters.empty() ? SMS_MEM_UNKNOW : MemoryOf(parameters.back()), true);
 }
 
-void CModem::OnSim(const std::string& line) {
-  const std::vector<std::string> parameters = ParametersOf(line);
+bool CModem::OnCard(const std::string& line) {
   ModemFacts told;
-  ReadSimState(parameters.empty() ? std::string() : parameters[0], told);
+  const CardNews news = ReadCardNotice(line, told);
+  if (news == CardNews::kState) {
+    ApplyCard(told.sim, told.pin);
+  } else if (news == CardNews::kChange && IsAvailable()) {
+    Queue([this] { AskCardAgain(); });
+  }
+  return news != CardNews::kNone;
+}
+
+/// Also on the worker's thread.
+void CModem::ApplyCard(SimState sim, DevDataDef::PinStatus pin) {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_bAvailable || (m_facts.sim == told.sim && m_facts.pin == told.pin)) {
+    if (!m_bAvailable || (m_facts.sim == sim && m_facts.pin == pin)) {
       return;
     }
-    m_facts.sim = told.sim;
-    m_facts.pin = told.pin;
+    m_facts.sim = sim;
+    m_facts.pin = pin;
   }
-  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_SIM_STATE, static_cast<DWORD>(told.sim));
-  if (told.sim == SIM_STATE_AVAILABLE) {
+  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_SRV_SIM_STATE, static_cast<DWORD>(sim));
+  const bool locked = pin == DevDataDef::PIN_ENABLED_NOT_VERIFIED;
+  if (sim == SIM_STATE_AVAILABLE || (locked && !ConfiguredPin().empty())) {
     Queue([this] { AskAgain(); });
   }
 }
@@ -153,17 +166,28 @@ void CModem::KeepInMemory(const std::string& hex) {
   TraceFault(kept ? "nobody took a message: it is kept in the modem" : "nobody took a message, and it is lost: " + hex);
 }
 
-void CModem::OnRegistration(const std::string& line) {
-  const SysSrvStatus status = RegistrationOf(line);
+bool CModem::OnRegistration(const std::string& line) {
+  Domain domain = DOMAIN_CIRCUIT;
+  SysSrvStatus told = SYS_SRV_STATUS_NONE;
+  if (!ReadRegistration(line, domain, told)) {
+    return false;
+  }
+  SysSrvStatus network = SYS_SRV_STATUS_NONE;
   {
     const std::lock_guard<std::mutex> guard(m_lock);
-    m_toldNetwork = status;
-    if (m_facts.network == status) {
-      return;
+    m_told[domain] = told;
+    m_facts.domains[domain] = told;
+    network = BestOf(m_facts.domains);
+    if (m_facts.network == network) {
+      return true;
     }
-    m_facts.network = status;
+    m_facts.network = network;
   }
-  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_NET_SERVER_STATUS, static_cast<DWORD>(status));
+  m_events.Raise(CEventRaiser::Source::kNetwork, NETSRV_DATA::EVENT_NET_SERVER_STATUS, static_cast<DWORD>(network));
+  if (network == SYS_SRV_STATUS_SRV && IsAvailable()) {
+    Queue([this] { AskOperatorAgain(); });  // it may be another one
+  }
+  return true;
 }
 
 }  // namespace modem

@@ -1,6 +1,10 @@
 #include "ModemStart.h"
 
-#include "platform/TraceSrv.h"
+#include "CardStart.h"
+#include "Lines.h"
+#include "ModemNetwork.h"
+#include "ModemProfiles.h"
+#include "Questions.h"
 
 #include <algorithm>
 
@@ -8,69 +12,86 @@ namespace modem {
 
 namespace {
 
-const unsigned int kProbeLimitMs = 1000;
-const unsigned int kLimitMs = 5000;
-const unsigned int kSlowLimitMs = 20000;
-const int kProbes = 3;  // what stood in its buffer may spoil the first
+typedef std::array<int, 5> Indications;
 
 const std::size_t kPages = 2;
 // Best first: stored messages are indicated, pages and reports come directly; modems refuse what they cannot.
-const std::array<int, 5> kIndications[] = {{2, 1, 2, 1, 0}, {2, 1, 2, 2, 0}, {2, 1, 0, 1, 0}, {2, 1, 0, 2, 0},
-                                           {1, 1, 0, 1, 0}, {2, 1, 0, 0, 0}, {1, 1, 0, 0, 0}, {3, 1, 0, 0, 0}};
+const std::vector<Indications> kIndications = {{2, 1, 2, 1, 0}, {2, 1, 2, 2, 0}, {2, 1, 0, 1, 0}, {2, 1, 0, 2, 0},
+                                               {1, 1, 0, 1, 0}, {2, 1, 0, 0, 0}, {1, 1, 0, 0, 0}, {3, 1, 2, 1, 0},
+                                               {3, 1, 0, 1, 0}, {3, 1, 0, 0, 0}, {2, 1, 2, 1, 1}, {2, 1, 0, 1, 1},
+                                               {2, 1, 0, 0, 1}, {1, 1, 0, 0, 1}};
 
-AtReply Ask(CAtDialogue& dialogue, const char* command, const char* prefix, unsigned int limitMs = kLimitMs) {
-  return dialogue.Execute(CAtCommand(command), prefix, limitMs);
-}
-
-std::string FirstLine(const AtReply& reply) {
-  return reply.IsOk() && !reply.lines.empty() ? reply.lines[0] : std::string();
-}
-
-std::string Parameter(const AtReply& reply, std::size_t index) {
-  const std::vector<std::string> parameters = ParametersOf(FirstLine(reply));
-  return index < parameters.size() ? parameters[index] : std::string();
-}
-
-bool Probe(CAtDialogue& dialogue) {
+bool Probe(CQuestions& questions) {
+  const unsigned int kProbeLimitMs = 1000;
+  const int kProbes = 3;  // what stood in its buffer may spoil the first
   for (int probe = 0; probe < kProbes; ++probe) {
-    const AtReply reply = Ask(dialogue, "", nullptr, kProbeLimitMs);
-    if (reply.IsOk()) {
-      return true;
-    }
-    if (reply.final == AtReply::Final::kLineGone) {
-      return false;
+    const AtReply reply = questions.Ask("", nullptr, kProbeLimitMs);
+    if (reply.IsOk() || reply.final == AtReply::Final::kLineGone) {
+      return reply.IsOk();
     }
   }
   return false;
 }
 
-void AskSim(CAtDialogue& dialogue, ModemFacts& facts) {
-  const int kNotInserted = 10;  // 3GPP TS 27.007, 9.2.1
-  const AtReply reply = Ask(dialogue, "+CPIN?", "+CPIN:", kSlowLimitMs);
-  ReadSimState(Parameter(reply, 0), facts);
-  if (reply.final == AtReply::Final::kCmeError && reply.code == kNotInserted) {
-    facts.sim = SIM_STATE_NONE;
+/// No echo, results as words, errors as numbers.
+void ChooseForms(CQuestions& questions, bool bTrustEcho) {
+  const bool quiet = questions.Ask("E0V1", nullptr).IsOk() || questions.Ask("E0", nullptr).IsOk();
+  if (quiet && bTrustEcho) {
+    questions.Dialogue().ExpectNoEcho();
+  }
+  questions.Ask("+CMEE=1", "+CMEE:");
+}
+
+/// @return null: the standards are enough.
+const ModemProfile* Identify(CQuestions& questions, ModemFacts& facts) {
+  const std::string maker = BareText(questions.Ask("+CGMI", nullptr));
+  const std::string model = BareText(questions.Ask("+CGMM", nullptr));
+  facts.model = maker.empty() || model.empty() ? maker + model : maker + " " + model;
+  facts.revision = BareText(questions.Ask("+CGMR", nullptr));
+  const std::string imei = BareText(questions.Ask("+CGSN", nullptr));
+  const std::size_t kDigits = 15;  // some add a check digit's place or the software version
+  const bool valid = imei.find_first_not_of("0123456789") >= kDigits && imei.size() >= kDigits;
+  facts.imei = valid ? imei.substr(0, kDigits) : std::string();
+  return ProfileOf(maker, model);
+}
+
+/// Some modems wake up without radio.
+void SwitchOn(CQuestions& questions, const ModemProfile* profile) {
+  const std::string functionality = Parameter(questions.Ask("+CFUN?", "+CFUN:"), 0);
+  if (functionality == "0" || functionality == "4") {
+    questions.Ask("+CFUN=1", "+CFUN:", CQuestions::kSlowLimitMs);
+  }
+  if (profile != nullptr) {
+    for (const char* command : profile->commands) {
+      questions.Ask(command, nullptr);
+    }
   }
 }
 
 /// New messages go to a memory that can be named when they are read: "MT" stands for two of them.
-void AskReceivedMemory(CAtDialogue& dialogue, ModemFacts& facts) {
-  const std::size_t kThirdMemory = 6;
-  facts.received = Parameter(Ask(dialogue, "+CPMS?", "+CPMS:"), kThirdMemory);
+void AskReceivedMemory(CQuestions& questions, ModemFacts& facts) {
+  const std::size_t kFields = 3;  // of each memory: name, used, total
+  const std::vector<std::string> parameters = ParametersOf(FirstLine(questions.Ask("+CPMS?", "+CPMS:")));
+  for (std::size_t at = 0; at + kFields <= parameters.size(); at += kFields) {
+    DWORD total = 0;
+    facts.received = parameters[at];
+    if ((parameters[at] == "SM" || parameters[at] == "ME") && NumberOf(parameters[at + 2], total)) {
+      facts.capacities[parameters[at] == "SM" ? SMS_MEM_SM : SMS_MEM_ME] = total;
+    }
+  }
   if (facts.received == "SM" || facts.received == "ME" || facts.memories.empty()) {
     return;
   }
   const char* const name = facts.memories[0] == SMS_MEM_SM ? "SM" : "ME";
   CAtCommand command("+CPMS=");
   command.Quoted(name).Quoted(name).Quoted(name);
-  if (dialogue.Execute(command, "+CPMS:", kLimitMs).IsOk()) {
+  if (questions.Ask(command, "+CPMS:").IsOk()) {
     facts.received = name;
   }
 }
 
-void AskMemories(CAtDialogue& dialogue, ModemFacts& facts) {
-  const AtReply reply = Ask(dialogue, "+CPMS=?", "+CPMS:");
-  const std::string line = FirstLine(reply);
+void AskMemories(CQuestions& questions, ModemFacts& facts) {
+  const std::string line = FirstLine(questions.AskPatiently("+CPMS=?", "+CPMS:"));
   const std::string first = line.substr(0, line.find(')'));  // the memories that can be read
   facts.memories.clear();
   if (first.find("\"SM\"") != std::string::npos) {
@@ -81,59 +102,51 @@ void AskMemories(CAtDialogue& dialogue, ModemFacts& facts) {
   }
 }
 
-void AskNetwork(CAtDialogue& dialogue, ModemFacts& facts) {
-  Ask(dialogue, "+CREG=1", "+CREG:");
-  const AtReply registration = Ask(dialogue, "+CREG?", "+CREG:");
-  const std::string state = Parameter(registration, 1);
-  facts.network = RegistrationOf("+CREG: " + state);
-  Ask(dialogue, "+COPS=3,2", "+COPS:", kSlowLimitMs);
-  facts.operatorCode = Parameter(Ask(dialogue, "+COPS?", "+COPS:", kSlowLimitMs), 2);
-}
-
-void ChooseIndications(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts) {
-  for (const std::array<int, 5>& indications : kIndications) {
+void ChooseIndications(CQuestions& questions, const ModemProfile* profile, bool bBroadcasts, ModemFacts& facts) {
+  std::vector<Indications> candidates = profile == nullptr ? std::vector<Indications>() : profile->indications;
+  candidates.insert(candidates.end(), kIndications.begin(), kIndications.end());
+  for (const Indications& indications : candidates) {
     const bool wanted = bBroadcasts || indications[kPages] == 0;
-    if (wanted && dialogue.Execute(IndicationsCommand(indications), "+CNMI:", kLimitMs).IsOk()) {
+    if (wanted && questions.Ask(IndicationsCommand(indications), "+CNMI:").IsOk()) {
       facts.indications = indications;
       return;
     }
   }
-  TraceSrv_Trace(Tracelevel::TL_ERRO, "MODEM", "the modem does not indicate new messages");
+  TraceFault("the modem does not indicate new messages");
 }
 
-bool PrepareMessages(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error) {
-  if (!Ask(dialogue, "+CMGF=0", "+CMGF:").IsOk()) {
+bool PrepareMessages(CQuestions& questions, const ModemProfile* profile, bool bBroadcasts, ModemFacts& facts,
+                     std::string& error) {
+  if (!questions.AskPatiently("+CMGF=0", "+CMGF:").IsOk()) {
     error =
         "refuses messages in PDU mode (AT+CMGF=0). Use a modem with 3GPP short messages, or choose another port with "
         "--device.";
     return false;
   }
-  facts.acknowledges = Ask(dialogue, "+CSMS=1", "+CSMS:").IsOk();
-  AskMemories(dialogue, facts);
-  AskReceivedMemory(dialogue, facts);
-  facts.serviceCentre = Parameter(Ask(dialogue, "+CSCA?", "+CSCA:"), 0);
-  ChooseIndications(dialogue, bBroadcasts, facts);
+  facts.acknowledges = questions.Ask("+CSMS=1", "+CSMS:").IsOk();
+  AskMemories(questions, facts);
+  AskReceivedMemory(questions, facts);
+  facts.serviceCentre = Parameter(questions.AskPatiently("+CSCA?", "+CSCA:"), 0);
+  ChooseIndications(questions, profile, bBroadcasts, facts);
   return true;
 }
 
 bool StartOnce(CAtDialogue& dialogue, bool bTrustEcho, bool bBroadcasts, ModemFacts& facts, std::string& error) {
   dialogue.BeginAnew();
-  if (!Probe(dialogue)) {
+  CQuestions questions(dialogue);
+  if (!Probe(questions)) {
     error =
         "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
     return false;
   }
-  if (Ask(dialogue, "E0", nullptr).IsOk() && bTrustEcho) {
-    dialogue.ExpectNoEcho();
-  }
-  Ask(dialogue, "+CMEE=1", "+CMEE:");
-  facts.model = FirstLine(Ask(dialogue, "+CGMI", nullptr));
-  facts.model += " " + FirstLine(Ask(dialogue, "+CGMM", nullptr));
-  AskSim(dialogue, facts);
-  if (!PrepareMessages(dialogue, bBroadcasts, facts, error)) {
+  ChooseForms(questions, bTrustEcho);
+  const ModemProfile* const profile = Identify(questions, facts);
+  SwitchOn(questions, profile);
+  AskCard(questions, profile, facts);
+  if (!PrepareMessages(questions, profile, bBroadcasts, facts, error)) {
     return false;
   }
-  AskNetwork(dialogue, facts);
+  AskNetwork(questions, facts);
   return true;
 }
 
@@ -145,38 +158,6 @@ CAtCommand IndicationsCommand(const std::array<int, 5>& indications) {
     command.Number(value);
   }
   return command;
-}
-
-void ReadSimState(const std::string& state, ModemFacts& facts) {
-  facts.sim = SIM_STATE_INVALID;
-  facts.pin = DevDataDef::PIN_UNKNOWN;
-  if (state == "READY") {
-    facts.sim = SIM_STATE_AVAILABLE;
-    facts.pin = DevDataDef::PIN_READY;
-  } else if (state == "SIM PIN" || state == "SIM PIN2") {
-    facts.pin = DevDataDef::PIN_ENABLED_NOT_VERIFIED;
-  } else if (state == "SIM PUK" || state == "SIM PUK2") {
-    facts.pin = DevDataDef::PIN_BLOCKED;
-  } else if (state == "NOT INSERTED" || state == "SIM REMOVED" || state == "NOT READY") {
-    facts.sim = SIM_STATE_NONE;
-  }
-}
-
-SysSrvStatus RegistrationOf(const std::string& line) {
-  const std::vector<std::string> parameters = ParametersOf(line);
-  DWORD state = 0;
-  switch (!parameters.empty() && NumberOf(parameters[0], state) ? state : 0) {
-    case 1:  // home network
-    case 5:  // roaming
-    case 6:  // the same for messages only
-    case 7:
-      return SYS_SRV_STATUS_SRV;
-    case 3:  // registration denied
-    case 8:  // emergency calls only
-      return SYS_SRV_STATUS_LIMITED;
-    default:
-      return SYS_SRV_STATUS_NONE;
-  }
 }
 
 bool StartModem(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error) {

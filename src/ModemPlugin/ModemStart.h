@@ -2,8 +2,9 @@
 #pragma once
 
 #include "AtDialogue.h"
-#include "Modem.h"
+#include "ModemFacts.h"
 
+#include <array>
 #include <string>
 
 namespace modem {
@@ -13,13 +14,7 @@ namespace modem {
 /// @param error        out: why the modem cannot be used, when the result is false.
 bool StartModem(CAtDialogue& dialogue, bool bBroadcasts, ModemFacts& facts, std::string& error);
 
-/// What "+CPIN:" tells of the card.
-void ReadSimState(const std::string& state, ModemFacts& facts);
-
 /// AT+CNMI with mode, messages, pages, reports and buffer (3GPP TS 27.005, 3.4.1).
 CAtCommand IndicationsCommand(const std::array<int, 5>& indications);
-
-/// State of registration of a "+CREG: ..." line, as the service tells it.
-SysSrvStatus RegistrationOf(const std::string& line);
 
 }  // namespace modem

@@ -10,6 +10,8 @@
 //   result TEXT         what the operation answered
 //   event TEXT | TEXT   the next events, those of one line in any order; see CRecordingSink
 //   answer true|false   what the sink answers from now on
+//   settings LINE       a line of section "ModemPlugin" in the settings file, which is written anew
+//   kept LINE           the settings file has that line now
 //   advance MS          somebody waits at least so long; time goes on
 //   pass MS             time goes on, and nobody waits for it
 //   hang up             the modem is unplugged
@@ -281,6 +283,15 @@ private:
     EXPECT_EQ(expected, actual);
   }
 
+  void ExpectSetting(const std::string& expected) {
+    std::istringstream file(m_home.ReadFile("settings.ini"));
+    bool found = false;
+    for (std::string line; std::getline(file, line);) {
+      found = found || Trimmed(line) == expected;
+    }
+    EXPECT_TRUE(found) << file.str();
+  }
+
   void Happen(const std::string& what, const std::string& rest) {
     if (what == "play") {
       PlayFile(rest + ".part");
@@ -294,6 +305,10 @@ private:
       EXPECT_EQ(rest, Trimmed(m_result.get()));
     } else if (what == "event") {
       ExpectEvents(rest);
+    } else if (what == "settings") {
+      m_home.WriteSettings("[ModemPlugin]\n" + rest + "\n");
+    } else if (what == "kept") {
+      ExpectSetting(rest);
     } else if (what == "answer") {
       m_sink.Answer(rest == "true");
     } else if (what == "advance") {

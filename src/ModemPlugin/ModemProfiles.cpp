@@ -1,0 +1,75 @@
+#include "ModemProfiles.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace modem {
+
+namespace {
+
+bool BeginsWith(const std::string& text, const char* beginning) {
+  const std::size_t length = std::strlen(beginning);
+  return text.size() >= length && std::equal(beginning, beginning + length, text.begin(), [](char left, char right) {
+           return std::tolower(static_cast<unsigned char>(left)) == std::tolower(static_cast<unsigned char>(right));
+         });
+}
+
+}  // namespace
+
+// After the makers' public AT command manuals. Notices are asked for only where the modem keeps silent about the card
+// without; what it says unasked is told apart from replies anyway. A special row stands before its family's.
+const std::vector<ModemProfile>& ModemProfiles() {
+  static const std::vector<ModemProfile> profiles = {
+      {"huawei",
+       "",
+       "^ICCID?",
+       {"^CURC=1"},
+       {},
+       "data cards tell the card's state (^SIMST) unless another program has switched all notices off"},
+      {"ZTE",
+       "",
+       "+ZGETICCID",
+       {"+ZOPRT=5"},
+       {},
+       "data cards wake up offline and register only when they are told to go online"},
+      {"Sierra Wireless", "", "!ICCID?", {}, {}, "some firmware keeps AT+CRSM to itself"},
+      {"Quectel", "", "+QCCID", {"+QSIMSTAT=1"}, {}, "tells that a card was put in or taken out only when asked to"},
+      {"SIMCOM", "", "+CCID", {"+CSMINS=1"}, {}, "tells that a card was put in or taken out only when asked to"},
+      {"u-blox", "", "+CCID", {"+USIMSTAT=1"}, {}, "tells the card's state (+UUSIMSTAT) only when asked to"},
+      {"Telit", "", "#CCID", {"#QSS=2"}, {}, "tells the card's state (#QSS) only when asked to"},
+      {"Cinterion",
+       "",
+       "^SCID",
+       {"^SCKS=1"},
+       {{{2, 1, 2, 1, 1}}, {{2, 1, 0, 1, 1}}, {{2, 1, 0, 0, 1}}},
+       "knows the buffer 1 of AT+CNMI only; tells that a card was put in or taken out only when asked to"},
+      {"SIEMENS",
+       "",
+       "^SCID",
+       {"^SCKS=1"},
+       {{{2, 1, 2, 1, 1}}, {{2, 1, 0, 1, 1}}, {{2, 1, 0, 0, 1}}},
+       "the same modules under their older name"},
+      {"WAVECOM", "", "+CCID", {"+WIND=5"}, {}, "tells of the card and of a restart (+WIND) only when asked to"},
+      {"Ericsson", "", nullptr, {"*EPEE=1"}, {}, "tells that the card's PIN was entered (*EPEV) only when asked to"},
+      {"Option",
+       "",
+       nullptr,
+       {"_OSSYS=0", "_OSQI=0"},
+       {},
+       "connection programs leave notices of system and signal on, several a second on a slow port"},
+      {"Novatel", "", nullptr, {"$NWDMAT=1"}, {}, "a second port speaks AT only after this, else diagnostics"},
+  };
+  return profiles;
+}
+
+const ModemProfile* ProfileOf(const std::string& maker, const std::string& model) {
+  for (const ModemProfile& profile : ModemProfiles()) {
+    if (BeginsWith(maker, profile.maker) && BeginsWith(model, profile.model)) {
+      return &profile;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace modem

@@ -1,0 +1,25 @@
+// What single families of modems need beside the standards.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace modem {
+
+/// One row of the table.
+struct ModemProfile {
+  const char* maker;                  // beginning of AT+CGMI's answer, case does not matter
+  const char* model;                  // beginning of AT+CGMM's answer; "": every model
+  const char* iccid;                  // asks for the card's number where AT+CRSM is refused; null: nothing does
+  std::vector<const char*> commands;  // at the start, before the card is asked; refusals do not matter
+  std::vector<std::array<int, 5>> indications;  // of AT+CNMI, tried before the ordinary ones
+  const char* why;
+};
+
+/// The first row that fits. @return null: the standards are enough.
+const ModemProfile* ProfileOf(const std::string& maker, const std::string& model);
+/// The whole table, for tests.
+const std::vector<ModemProfile>& ModemProfiles();
+
+}  // namespace modem
