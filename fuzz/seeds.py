@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes a seed of every fuzz target for each row of tests/pdu/data.
+"""Writes a seed of every fuzz target for each row of tests/pdu/data, and for each dialogue below.
 
 usage: seeds.py FOLDER     makes FOLDER/TARGET/ROW; "fuzz_TARGET -merge=1 corpus/TARGET FOLDER/TARGET" takes over
                            those that reach something new
@@ -45,6 +45,34 @@ def seeds_of_message(row):
     yield "address", ROOM + text[:22].encode("utf-16-be")
 
 
+LIST, SEND, NAME, FIELD = range(4)  # the commands of the target, and how its modem behaves
+NO_ECHO, HANGS_UP, WEDGES, BEGINS_ANEW = 1, 2, 4, 8
+OK = "\r\nOK\r\n"
+DIALOGUES = [
+    ("send", [SEND], 0, ["", "\r\n> ", "\r\n+CMGS: 7\r\n" + OK]),
+    ("send-refused", [SEND, NAME], 0, ["", "\r\n> ", "\r\n+CMS ERROR: 38\r\n", "modem\r\n" + OK]),
+    ("send-interrupted", [SEND], 0, ["+CREG: 5\r\n", "+CMTI: \"SM\",3\r\n> ", "+CREG: 2\r\n+CMGS: 8\r\nOK\r\n"]),
+    ("send-silence", [SEND, NAME], 0, ["", "", "", "+CMGF: 0\r\nOK\r\n", "modem\r\nOK\r\n"]),
+    ("send-hang-up", [SEND, NAME], HANGS_UP, ["", "\r\n> "]),
+    ("send-wedged", [SEND, NAME], WEDGES, ["", "\r\n> "]),
+    ("list", [LIST], 0, ["", "AT+CMGL=4\r+CMGL: 1,1,,24\r\n07912180958729F6040B911000000000F0\r\nOK\r\n"]),
+    ("list-interrupted", [LIST], 0,
+     ["", "+CMGL: 1,1,,24\r\n+CMT: ,24\r\n0791AA\r\n07912180958729F6\r\n+CDS: 25\r\n0006\r\nOK\r\n"]),
+    ("name-bare-and-tagged", [NAME, NAME], 0, ["", "E220\r\nOK\r\n", "+CGMM: E220\r\n0\r"]),
+    ("restart", [NAME, LIST], NO_ECHO | BEGINS_ANEW, ["^SYSSTART\r\n", "AT+CGMM\r\nE220\r\nOK\r\n"]),
+    ("prompt-unasked", [NAME, SEND], 0, ["\r\n> ", "", "OK\r\n", "> ", "E220\r\nOK\r\n"]),
+    ("late-reply", [NAME, NAME], 0, ["", "", "OK\r\n+CMGF: 0\r\nOK\r\n", "E220\r\nOK\r\n"]),
+    ("field", [FIELD, FIELD], 0, ["+4912345", "\r\nOK\r\n", "+CREG: 1,5\r\nERROR\r\n"]),
+    ("field-with-a-command", [FIELD], 0, ["x\"\rATD112;\r", "OK\r\n"]),
+    ("pages", [NAME], 0, ["+CBM: 88\r\n00101234\r\n+CDSI: \"SM\",1\r\n+CUSD: 0,\"12 EUR\",15\r\n", "OK\r\n"]),
+]
+
+
+def seed_of_dialogue(commands, options, answers):
+    packed = sum(command << 2 * place for place, command in enumerate(commands))
+    return bytes([packed, options]) + "\0".join(answers).encode()
+
+
 def seeds_of(row):
     if row["as"] in ("page", "message"):
         yield "cell_broadcast", ROOM + octets_of(row["hex"])
@@ -54,6 +82,9 @@ def seeds_of(row):
 
 def main():
     folder = Path(sys.argv[1])
+    (folder / "dialogue").mkdir(parents=True, exist_ok=True)
+    for name, *dialogue in DIALOGUES:
+        (folder / "dialogue" / name).write_bytes(seed_of_dialogue(*dialogue))
     for row in [*rows("tpdus.jsonl"), *rows("pages.jsonl")]:
         for number, (target, seed) in enumerate(seeds_of(row)):
             (folder / target).mkdir(parents=True, exist_ok=True)
