@@ -1,25 +1,20 @@
 // Loading all rows of the local database, and saving one, against bare SQLite on the same rows and with the same
 // synchronisation. Ours and the bare one take turns in small steps, so that both meet the same disk and the same clock.
+#include "BenchFolder.h"
 #include "platform/LocalDatabaseMgr.h"
-#include "platform/PlatformPaths.h"
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
-#include <sys/vfs.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -49,41 +44,6 @@ Fields Message(int iNumber) {
   fields[2].strValue = u"20240229123456";
   return fields;
 }
-
-/// A folder on a disk, not in memory: SMS_BENCH_DIR, else /var/tmp.
-class CBenchFolder {
-public:
-  CBenchFolder() {
-    const char* pszDir = std::getenv("SMS_BENCH_DIR");
-    std::string pattern = std::string(pszDir != nullptr ? pszDir : "/var/tmp") + "/sms-bench-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("cannot make a folder: " + pattern);
-    }
-    m_strPath = pattern;
-    constexpr long kTmpfs = 0x01021994;
-    struct statfs info;
-    if (statfs(m_strPath.c_str(), &info) == 0 && info.f_type == kTmpfs) {
-      fs::remove_all(m_strPath);
-      throw std::runtime_error(m_strPath + " is in memory; set SMS_BENCH_DIR to a folder on a disk");
-    }
-    PlatformPaths paths;
-    paths.strUserDataDir = m_strPath;
-    paths.strSettingsFile = m_strPath + "/settings.ini";
-    paths.strLogFile = m_strPath + "/sms.log";
-    SetPlatformPaths(paths);
-  }
-  ~CBenchFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_strPath, ignored);
-  }
-  CBenchFolder(const CBenchFolder&) = delete;
-  CBenchFolder& operator=(const CBenchFolder&) = delete;
-
-  std::string File(const std::string& name) const { return m_strPath + "/userdata/" + name + ".DTC"; }
-
-private:
-  std::string m_strPath;
-};
 
 [[noreturn]] void Fail(const char* pszWhat) { throw std::runtime_error(std::string("failed: ") + pszWhat); }
 
