@@ -115,8 +115,7 @@ PageFate CSimulatedModem::Broadcast(const BroadcastPage& page) {
   if (!m_broadcastIds.Contains(page.channel)) return PageFate::NotSelected;
   if (!m_broadcastCodings.Empty() && !m_broadcastCodings.Contains(page.dcs)) return PageFate::NotSelected;
   if (m_indications[kBm] != 2) return PageFate::NotWanted;
-  const std::vector<BYTE> octets = EncodePage(page);
-  Indicate("+CBM: " + std::to_string(octets.size()) + LineEnd() + HexOf(octets));
+  Indicate(PageLines(page));
   return PageFate::Shown;
 }
 

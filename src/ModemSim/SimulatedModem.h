@@ -241,7 +241,9 @@ private:
   bool TakeAddress(const CValues& values, std::size_t place, sms_pdu::Address* address) const;
   std::string Shown(const std::string& text) const { return EncodeAscii(m_characterSet, text); }
   TextView View() const { return {m_characterSet, m_iShowHeader == 1}; }
+  std::string Joined(const std::string& name, const TextLines& lines) const;
   std::string DirectLines(const Incoming& incoming) const;
+  std::string PageLines(const BroadcastPage& page) const;
 
   // The network: Network.cpp
   Result Send(const StoredMessage& message, const char* replyName, std::function<void()> accepted);

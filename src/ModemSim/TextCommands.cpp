@@ -181,15 +181,23 @@ void CSimulatedModem::InformText(const std::string& head, const TextLines& lines
   if (lines.hasText) Inform(lines.text);
 }
 
+std::string CSimulatedModem::Joined(const std::string& name, const TextLines& lines) const {
+  return name + lines.values + (lines.hasText ? LineEnd() + lines.text : std::string());
+}
+
 /// +CMT or +CDS in the mode of +CMGF.
 std::string CSimulatedModem::DirectLines(const Incoming& incoming) const {
   const std::string name = incoming.isReport ? "+CDS: " : "+CMT: ";
-  if (TextMode()) {
-    const TextLines lines = ArrivingText(incoming.message, View());
-    return name + lines.values + (lines.hasText ? LineEnd() + lines.text : std::string());
-  }
+  if (TextMode()) return Joined(name, ArrivingText(incoming.message, View()));
   return name + (incoming.isReport ? "" : ",") + std::to_string(incoming.message.tpduLength) + LineEnd() +
          HexOf(incoming.message.pdu);
+}
+
+/// +CBM in the mode of +CMGF.
+std::string CSimulatedModem::PageLines(const BroadcastPage& page) const {
+  if (TextMode()) return Joined("+CBM: ", PageText(page, View()));
+  const std::vector<BYTE> octets = EncodePage(page);
+  return "+CBM: " + std::to_string(octets.size()) + LineEnd() + HexOf(octets);
 }
 
 }  // namespace modem_sim

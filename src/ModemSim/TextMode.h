@@ -1,6 +1,7 @@
 // Messages as text mode shows and takes them (3GPP TS 27.005, 3).
 #pragma once
 
+#include "BroadcastPage.h"
 #include "CharacterSet.h"
 #include "MessageStore.h"
 #include "SmsPdu.h"
@@ -36,6 +37,8 @@ struct TextLines {
 TextLines ListedText(const StoredMessage& message, const TextView& view);
 TextLines ReadText(const StoredMessage& message, const TextView& view);
 TextLines ArrivingText(const StoredMessage& message, const TextView& view);
+/// Shown by +CBM.
+TextLines PageText(const BroadcastPage& page, const TextView& view);
 
 /// <stat> in text mode, without quotation marks.
 const char* TextOf(MessageStatus status);

@@ -6,12 +6,14 @@
 //   <- TEXT                  the modem's next line; ">" is the prompt. Also behind "-> TEXT" and two blanks.
 //   advance MS               time goes on
 //   arrive NUMBER DCS TEXT   a message reaches the service centre
+//   page CHANNEL TEXT        a cell broadcasts the text, serial number 0010
 //   network on|off           the network comes or goes
 //   hang up                  the computer closes the port
 //
 // <XX> stands for the character of that hexadecimal code. Everything that the modem writes must be in the file. Echo is
 // off at the start.
 #include "FakeWorld.h"
+#include "Pieces.h"
 
 #include <gtest/gtest.h>
 
@@ -144,6 +146,8 @@ private:
       m_pModem->HangUp();
     } else if (what == "arrive") {
       Arrive(value, words);
+    } else if (what == "page") {
+      Page(value, words);
     } else {
       FAIL() << "no such line: " << what;
     }
@@ -162,6 +166,14 @@ private:
     sms_pdu::MakeAddress(number.c_str(), &message.originator);
     sms_pdu::SetText(&message.userData, VELK_wstring(text.begin(), text.end()).data(), text.size());
     EXPECT_TRUE(m_pModem->Arrive(message));
+  }
+
+  void Page(const std::string& channel, std::istringstream& words) {
+    std::string text;
+    std::getline(words, text);
+    std::vector<BroadcastPage> pages;
+    ASSERT_TRUE(MakePages(0x0010, static_cast<WORD>(std::stoi(channel)), FromUtf8(Trimmed(text)), &pages));
+    for (const BroadcastPage& page : pages) EXPECT_EQ(m_pModem->Broadcast(page), PageFate::Shown);
   }
 
   void TakeLines() {
