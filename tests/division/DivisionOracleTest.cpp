@@ -85,6 +85,35 @@ INSTANTIATE_TEST_SUITE_P(
                     MixRow{"NationalUcs2", u"abc\u0416", u"", kSpanish, true}),
     [](const auto& row) { return std::string(row.param.pszName); });
 
+class EveryLengthUnderEveryChoice : public testing::TestWithParam<NationalRow> {};
+
+TEST_P(EveryLengthUnderEveryChoice, IsDividedAsByTheSlowRules) {
+  const CNationalChoice choice(GetParam().enLock, GetParam().enSingle);
+  for (std::size_t nLength = 0; nLength <= 1000 && !HasFailure(); ++nLength) {
+    VELK_wstring strText(nLength, u'a');
+    for (std::size_t i = 0; i < nLength; i += 7) {
+      strText[i] = u"{\u00E9\u20AC"[i / 7 % 3];
+    }
+    ExpectAgreement(strText, 160);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, EveryLengthUnderEveryChoice, testing::ValuesIn(AllNationalChoices()), NationalName);
+
+class EveryLengthAtALimit : public testing::TestWithParam<int> {};
+
+TEST_P(EveryLengthAtALimit, IsDividedForCdmaAsByTheSlowRules) {
+  for (const VELK_wchar_t ch : {u'a', u'\u00E1', u'\u0416'}) {
+    for (std::size_t nLength = 0; nLength <= 1000; ++nLength) {
+      const VELK_wstring strText = Of(ch, nLength);
+      ASSERT_TRUE(SameParts(slow::DivideCdma(strText, GetParam()), DivideCdma(strText, GetParam()))) << nLength;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Limits, EveryLengthAtALimit,
+                         testing::Values(-1, 0, 1, 5, 6, 7, 8, 10, 11, 20, 64, 70, 100, 140, 159, 160, 161, 186, 368));
+
 // --- generated texts
 
 /// Texts of every make: few or many kinds of characters, short, long, and too long.

@@ -157,6 +157,28 @@ INSTANTIATE_TEST_SUITE_P(
             "Ideograph82", {0x82, 8, 0x69, 0x00, 0x4D, 0x6F, 0x7A, 0x69, 0x6C, 0x6C, 0x61, 0xCA}, u"Mozilla\u694A"}),
     [](const auto& row) { return std::string(row.param.pszName); });
 
+TEST(Encode8x, NeedNoBaseForPlainTextsOfCards) {
+  // of cards with the alphabet's own coding, with coding 0x80 (filled up with one octet or more), with 0x81 and base 0
+  for (const VELK_wstring text : {u"oFono", u"", u"Voice Mail", u"abc def", u"0123", u"ono", u"TEST"}) {
+    BYTE base81 = 0xEE;
+    WORD base82 = 0xEEEE;
+    EXPECT_TRUE(Is81(text, base81)) << Shown(text);
+    EXPECT_EQ(0, base81);
+    EXPECT_TRUE(Is82(text, base82)) << Shown(text);
+    EXPECT_EQ(0, base82);
+  }
+  EXPECT_EQ(u"ono", Unpack({0x81, 3, 0, 0x6F, 0x6E, 0x6F}));
+}
+
+TEST(Encode8x, RefuseTheCardWithABaseAmongTheSurrogates) {
+  const VELK_wstring text = Unpack({0x82, 5, 0xD8, 0x00, 0x2D, 0xB3, 0xB4, 0x2D, 0x31});
+  ASSERT_EQ((VELK_wstring{u'-', VELK_wchar_t(0xD833), VELK_wchar_t(0xD834), u'-', u'1'}), text);
+  BYTE base81 = 0;
+  WORD base82 = 0;
+  EXPECT_FALSE(Is81(text, base81));
+  EXPECT_FALSE(Is82(text, base82));
+}
+
 TEST(Encode8x, JudgesEverySingleUnitAsPackingDoes) {
   for (int unit = 0; unit <= 0xFFFF; ++unit) {
     ExpectJudgedRightly(VELK_wstring(1, static_cast<VELK_wchar_t>(unit)));
