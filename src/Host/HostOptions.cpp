@@ -24,7 +24,9 @@ VELK_wstring ToUtf16(const std::string& text) {
 }  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  app.add_option("--device", options.device, "the modem's port, for example /dev/ttyUSB2, or tcp:HOST:PORT")
+  app.add_option("--device", options.device,
+                 "the modem: a port (/dev/ttyUSB2), tcp:HOST:PORT, auto, or what it is: imei:DIGITS, usb:BUS-PORT, "
+                 "iccid:DIGITS")
       ->envname("SMS_DEVICE")
       ->type_name("MODEM");
   app.add_option("--config", options.settingsFile, "settings file")->envname("SMS_CONFIG")->type_name("FILE");

@@ -39,7 +39,7 @@ bool CPluginContainer::Run(const Plugin& plugin, const char* stepName, Step&& st
   return false;
 }
 
-bool CPluginContainer::Load(const std::string& path, std::string& error) {
+bool CPluginContainer::Load(const std::string& path, std::string& error, Begin enBegin) {
   Plugin plugin;
   plugin.name = FileNameOf(path);
   std::string reason;
@@ -48,7 +48,7 @@ bool CPluginContainer::Load(const std::string& path, std::string& error) {
     error = plugin.name + ": cannot be loaded: " + reason;
     return false;
   }
-  if (!Create(plugin, error) || !Enter(plugin, error)) {
+  if (!Create(plugin, enBegin, error) || !Enter(plugin, error)) {
     Release(plugin);
     return false;
   }
@@ -56,7 +56,7 @@ bool CPluginContainer::Load(const std::string& path, std::string& error) {
   return true;
 }
 
-bool CPluginContainer::Create(Plugin& plugin, std::string& error) {
+bool CPluginContainer::Create(Plugin& plugin, Begin enBegin, std::string& error) {
   const auto fail = [&](const std::string& text) {
     error = plugin.name + ": " + text;
     return false;
@@ -73,6 +73,9 @@ bool CPluginContainer::Create(Plugin& plugin, std::string& error) {
     return false;
   }
   error.clear();
+  if (enBegin == Begin::kNothing) {
+    return true;
+  }
   if (Run(
           plugin, "Init", [&] { return plugin.pObject->Init(); }, error)) {
     return true;

@@ -22,9 +22,12 @@ public:
   CPluginContainer(const CPluginContainer&) = delete;
   CPluginContainer& operator=(const CPluginContainer&) = delete;
 
+  /// Whether a plug-in is made to work, or loaded for the services that work before Init too.
+  enum class Begin { kInit, kNothing };
+
   /// Maps the library, then CreatePlugin, SetPluginContainer, Init; from then on look-ups find it.
   /// @param error  out: one line, when the result is false.
-  bool Load(const std::string& path, std::string& error);
+  bool Load(const std::string& path, std::string& error, Begin enBegin = Begin::kInit);
   /// In the reverse order of loading: OnDestroy for all while look-ups still work, then ReleasePlugin and unmapping.
   void UnloadAll();
 
@@ -43,7 +46,7 @@ private:
   static bool Run(const Plugin& plugin, const char* stepName, Step&& step, std::string& error);
   static std::vector<std::string> ClassIdentifiersOf(IBasePlugin& plugin);
   static std::string ReasonOf(IBasePlugin& plugin);
-  bool Create(Plugin& plugin, std::string& error);
+  bool Create(Plugin& plugin, Begin enBegin, std::string& error);
   bool Enter(const Plugin& plugin, std::string& error);
   void Forget(const Plugin& plugin);
   void Release(Plugin& plugin);

@@ -21,7 +21,8 @@ const char kEpilogue[] =
     "  smsctl count \"How much does this cost?\"\n"
     "  smsctl send --device /dev/ttyUSB2 --to +491701234567 \"Hello\"\n"
     "  smsctl list --box receive\n"
-    "  smsctl watch --device /dev/ttyUSB2\n"
+    "  smsctl modems\n"
+    "  smsctl watch --device auto\n"
     "Exit status: 0 done, 1 not done (standard error says why), 2 bad command line, 130 cancelled.";
 
 /// The text of an argument; "-" stands for standard input, whose last line end does not count.
@@ -150,6 +151,7 @@ void CCommandLine::AddMessages() {
 }
 
 void CCommandLine::AddModemAndSettings() {
+  Add(m_app, "modems", "list the modems that are plugged in", [] { return Modems(); });
   Add(m_app, "status", "what modem, SIM, network and stores say", [this] { return Status(m_options); });
   CLI::App* const settings = m_app.add_subcommand("settings", "read and write the message settings");
   settings->require_subcommand(1);

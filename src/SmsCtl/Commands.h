@@ -45,6 +45,8 @@ int Watch(const host::HostOptions& options);
 
 // --- Modem and settings ----------------------------------------------------------------------------------------------
 
+/// Lists the modems that are plugged in, with their ports and which one answers. Needs no configured modem.
+int Modems();
 /// Prints what the modem, the SIM, the network and the stores say.
 int Status(const host::HostOptions& options);
 /// Prints one setting, or all when the name is empty.
