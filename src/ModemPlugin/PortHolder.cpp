@@ -1,10 +1,9 @@
 #include "PortHolder.h"
 
+#include "DevicePath.h"
+
 #include <dirent.h>
-#include <limits.h>
-#include <stdlib.h>
 #include <unistd.h>
-#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <memory>
@@ -35,9 +34,7 @@ bool HasOpen(int pid, const std::string& device) {
   const Folder entries(opendir(path.c_str()));
   bool found = false;
   while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
-    char buffer[PATH_MAX];
-    const ssize_t length = readlink((path + "/" + entry->d_name).c_str(), buffer, sizeof buffer);
-    const std::string target(buffer, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    const std::string target = LinkTarget(path + "/" + entry->d_name);
     if (MakesTerminals(target)) {
       return false;
     }
@@ -64,14 +61,11 @@ std::string NameOfProcess(int pid) {
 }
 
 std::optional<PortHolder> FindHolder(const std::string& path) {
-  char resolved[PATH_MAX];
-  if (realpath(path.c_str(), resolved) == nullptr) {
-    return std::nullopt;
-  }
-  const Folder processes(opendir("/proc"));
+  const std::string device = ResolvedPath(path);
+  const Folder processes(device.empty() ? nullptr : opendir("/proc"));
   while (const dirent* const entry = processes ? readdir(processes.get()) : nullptr) {
     const int pid = ProcessOf(entry->d_name);
-    if (pid > 0 && pid != getpid() && HasOpen(pid, resolved)) {
+    if (pid > 0 && pid != getpid() && HasOpen(pid, device)) {
       return PortHolder{pid, NameOfProcess(pid)};
     }
   }

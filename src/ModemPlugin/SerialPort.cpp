@@ -1,9 +1,9 @@
 #include "SerialPort.h"
 
+#include "DevicePath.h"
+
 #include <fcntl.h>
-#include <limits.h>
 #include <pthread.h>
-#include <stdlib.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -21,12 +21,6 @@ const std::map<unsigned int, speed_t> kSpeeds = {
     {500000, B500000},   {576000, B576000},   {921600, B921600},   {1000000, B1000000}, {1152000, B1152000},
     {1500000, B1500000}, {2000000, B2000000}, {2500000, B2500000}, {3000000, B3000000}, {3500000, B3500000},
     {4000000, B4000000}};
-
-/// The device behind the links that lead to it; empty when there is none.
-std::string Resolved(const std::string& path) {
-  char resolved[PATH_MAX];
-  return realpath(path.c_str(), resolved) == nullptr ? std::string() : resolved;
-}
 
 bool MakeRaw(int port, unsigned int baud, const termios& before) {
   termios settings = before;
@@ -76,7 +70,7 @@ bool TakeLocks(int port, const std::string& path, const SerialSettings& settings
     return false;
   }
   PortHolder holder;
-  lock = CPortLock::Take(Resolved(path), settings.lockFolder, holder);
+  lock = CPortLock::Take(ResolvedPath(path), settings.lockFolder, holder);
   if (!lock) {
     error = InUseText(path, holder);
   }

@@ -23,7 +23,7 @@ TEST_F(SmsCtl, ListsItsCommandsInTheHelp) {
   EXPECT_EQ(0, result.status);
   for (const char* command : {"demo",   "send",     "count",    "phonebook-size", "list",     "show",       "save",
                               "read",   "delete",   "remove",   "move",           "info",     "pull",       "watch",
-                              "status", "settings", "channels", "--device",       "--config", "Exit status"}) {
+                              "status", "modems", "settings", "channels", "--device",       "--config", "Exit status"}) {
     EXPECT_THAT(result.out, HasSubstr(command));
   }
 }

@@ -1,7 +1,7 @@
 #include "ModemFinder.h"
 
-#include <limits.h>
-#include <stdlib.h>
+#include "DevicePath.h"
+
 #include <algorithm>
 #include <future>
 #include <iterator>
@@ -64,11 +64,6 @@ std::string SeveralError(const std::vector<const AskedPort*>& modems) {
     names += (names.empty() ? "" : "; ") + NameOf(*modem);
   }
   return "several modems answer: " + names + ". Choose one with --device.";
-}
-
-std::string Resolved(const std::string& path) {
-  char resolved[PATH_MAX];
-  return realpath(path.c_str(), resolved) == nullptr ? path : resolved;
 }
 
 }  // namespace
@@ -150,7 +145,7 @@ bool CModemFinder::MayBeThere(const ModemWish& wish, const BusPort& before) cons
 }
 
 std::optional<AskedPort> CModemFinder::Identify(const std::string& path) const {
-  const std::string device = Resolved(path);
+  const std::string device = ResolvedPath(path);
   for (const BusPort& port : m_bus.Ports()) {
     if (port.path == path || port.path == device) {
       return AskedPort{port, m_probe(port.path)};

@@ -12,7 +12,7 @@ namespace modem {
 
 namespace {
 
-const unsigned int kAnswerLimitMs = 600;
+const unsigned int kAnswerLimitMs = 1000;
 const unsigned int kLimitMs = 1500;
 const int kTries = 2;  // what stood in its buffer may spoil the first
 const std::size_t kShortestImei = 14;
@@ -49,12 +49,14 @@ public:
     m_reader.join();
   }
   bool Answers() {
+    AtReply reply;
     for (int turn = 0; turn < kTries; ++turn) {
-      if (m_dialogue.Execute(CAtCommand(""), nullptr, kAnswerLimitMs).IsOk()) {
-        return true;
+      reply = m_dialogue.Execute(CAtCommand(""), nullptr, kAnswerLimitMs);
+      if (reply.IsOk() || reply.final == AtReply::Final::kNoAnswer) {
+        break;
       }
     }
-    return false;
+    return reply.IsOk();
   }
   /// The first line of the reply; empty when there is none.
   std::string Ask(const char* command, const char* prefix) {
