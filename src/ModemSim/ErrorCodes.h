@@ -11,6 +11,13 @@ const int kCmePinRequired = 11;
 const int kCmePukRequired = 12;
 const int kCmeSimBusy = 14;
 const int kCmeIncorrectPassword = 16;
+const int kCmeMemoryFull = 20;
+const int kCmeInvalidIndex = 21;
+const int kCmeNotFound = 22;
+const int kCmeTextTooLong = 24;
+const int kCmeInvalidText = 25;
+const int kCmeInvalidDialString = 27;
+const int kCmeNoNetwork = 30;
 const int kCmeIncorrectParameters = 50;
 
 const int kCmsNetworkOutOfOrder = 38;
@@ -41,6 +48,20 @@ inline std::string CmeText(int code) {
       return "SIM busy";
     case kCmeIncorrectPassword:
       return "incorrect password";
+    case kCmeMemoryFull:
+      return "memory full";
+    case kCmeInvalidIndex:
+      return "invalid index";
+    case kCmeNotFound:
+      return "not found";
+    case kCmeTextTooLong:
+      return "text string too long";
+    case kCmeInvalidText:
+      return "invalid characters in text string";
+    case kCmeInvalidDialString:
+      return "invalid characters in dial string";
+    case kCmeNoNetwork:
+      return "no network service";
     case kCmeIncorrectParameters:
       return "Incorrect parameters";
     default:

@@ -7,8 +7,6 @@ namespace modem_sim {
 namespace {
 
 const int kRingMs = 5000;
-const int kPinTries = 3;
-const char kDefaultPin[] = "1234";
 
 }  // namespace
 
@@ -23,7 +21,7 @@ void CSimulatedModem::SetSignal(int value) { m_iSignal = value == 99 ? value : s
 void CSimulatedModem::SetCard(CardState state, const std::string& pin) {
   const std::string before = RegistrationState();
   if (!pin.empty()) m_strPin = pin;
-  if ((state == CardState::Pin || state == CardState::Puk) && m_strPin.empty()) m_strPin = kDefaultPin;
+  if ((state == CardState::Pin || state == CardState::Puk) && m_strPin.empty()) m_strPin = m_strUnusedPin;
   m_card = state;
   m_iPinTries = state == CardState::Puk ? 0 : kPinTries;
   RegistrationChanged(before);
@@ -36,7 +34,10 @@ void CSimulatedModem::Ring(const std::string& number) {
 
 void CSimulatedModem::RingOnce(std::uint64_t call) {
   if (m_strCaller.empty() || call != m_uCall) return;
-  if (Registered()) Unsolicited("RING");
+  if (Registered()) {
+    Unsolicited("RING");
+    if (m_iCallerNumber == 1) Unsolicited(CallerLine());
+  }
   m_world.After(kRingMs, [this, call] { RingOnce(call); });
 }
 

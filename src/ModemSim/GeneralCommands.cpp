@@ -56,7 +56,6 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"+CIMI", &M::OnSubscriber},
       {"+CNUM", &M::OnOwnNumber},
       {"+CPIN", &M::OnPin},
-      {"+CLCK", &M::OnLock},
       {"+CSQ", &M::OnSignal},
       {"+CPAS", &M::OnActivity},
       {"+CFUN", &M::OnFunctionality},
@@ -198,23 +197,6 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
     return Cme(kCmeIncorrectPassword);
   }
   SetCard(CardState::Ready);
-  return Ok();
-}
-
-CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
-  if (command.form == AtCommand::Form::Test) {
-    Inform("+CLCK: (\"SC\")");
-    return Ok();
-  }
-  const CValues values(command.values);
-  std::string facility;
-  int mode = -1;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Text(0, &facility) ||
-      !values.Number(1, 0, 2, &mode)) {
-    return Cme(kCmeIncorrectParameters);
-  }
-  if (facility != "SC" || mode != 2) return Cme(kCmeNotAllowed);
-  Inform(std::string("+CLCK: ") + (m_strPin.empty() ? "0" : "1"));
   return Ok();
 }
 

@@ -54,6 +54,8 @@ void CSimulatedModem::ResetSettings() {
   m_indications.fill(0);
   m_characterSet = CharacterSet::Gsm;
   m_iShowHeader = 0;
+  m_iUssd = 0;
+  m_iCallerNumber = 0;
   m_textParameters = m_saved.textParameters;
 }
 
@@ -157,7 +159,7 @@ void CSimulatedModem::RunLine() {
 }
 
 CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
-  for (const auto* const table : {&GeneralCommands(), &MessageCommands()}) {
+  for (const auto* const table : {&GeneralCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()}) {
     const auto found =
         std::find_if(table->begin(), table->end(), [&](const Entry& entry) { return command.name == entry.name; });
     if (found != table->end()) return (this->*found->handler)(command);

@@ -7,6 +7,7 @@
 #include "MessageStore.h"
 #include "ModemOptions.h"
 #include "NumberSet.h"
+#include "Phonebook.h"
 #include "SmsPdu.h"
 #include "TextMode.h"
 
@@ -104,6 +105,9 @@ public:
   int Fill(Memory memory);
 
 private:
+  static const int kPinTries = 3;
+  static const int kPhonebookCapacity = 50;
+
   enum class State { Command, Prompt, Busy };
   /// How a command ended. Later: it has not; Finish() comes.
   struct Result {
@@ -125,6 +129,13 @@ private:
     const char* name;
     int highest;  // from 0 on
     int CSimulatedModem::*value;
+  };
+
+  /// What +CCLK has set, against the time of the service centre.
+  struct Clock {
+    bool set = false;
+    std::int8_t zoneQuarters = 0;
+    std::int64_t secondsAhead = 0;
   };
 
   /// What +CSAS keeps for +CRES.
@@ -185,7 +196,6 @@ private:
   Result OnSubscriber(const AtCommand& command);
   Result OnOwnNumber(const AtCommand& command);
   Result OnPin(const AtCommand& command);
-  Result OnLock(const AtCommand& command);
   Result OnSignal(const AtCommand& command);
   Result OnActivity(const AtCommand& command);
   Result OnFunctionality(const AtCommand& command);
@@ -201,6 +211,29 @@ private:
   std::string RegistrationState() const;
   std::string Registration(int mode) const;
   void RegistrationChanged(const std::string& before);
+
+  // Lock, number and phonebooks of the card: CardCommands.cpp
+  static const std::vector<Entry>& CardCommands();
+  Result OnLock(const AtCommand& command);
+  Result OnPassword(const AtCommand& command);
+  Result OnCardNumber(const AtCommand& command);
+  Result OnPhonebook(const AtCommand& command);
+  Result OnReadPhonebook(const AtCommand& command);
+  Result OnFindPhonebook(const AtCommand& command);
+  Result OnWritePhonebook(const AtCommand& command);
+  bool IsPinOfCard(const std::string& pin);
+  CPhonebook OwnNumbers() const;
+  CPhonebook Phonebook() const { return m_bOwnNumbers ? OwnNumbers() : m_phonebook; }
+  void InformEntry(const std::string& name, int index, const PhonebookEntry& entry);
+
+  // Services of the network and of the device: ServiceCommands.cpp
+  static const std::vector<Entry>& ServiceCommands();
+  Result OnUssd(const AtCommand& command);
+  Result OnCallerNumber(const AtCommand& command);
+  Result OnClock(const AtCommand& command);
+  Result OnBattery(const AtCommand& command);
+  void TellUssd(const std::string& code);
+  std::string CallerLine() const;
 
   // 3GPP TS 27.005: MessageCommands.cpp
   static const std::vector<Entry>& MessageCommands();
@@ -299,13 +332,16 @@ private:
   std::array<int, 5> m_indications{};  // by Indication
   CharacterSet m_characterSet = CharacterSet::Gsm;
   int m_iShowHeader = 0;
+  int m_iUssd = 0;
+  int m_iCallerNumber = 0;
   TextParameters m_textParameters;
 
   // the device
   bool m_bPowered = true;
   std::uint64_t m_uLife = 0;  // counts up when the power goes
   CardState m_card = CardState::Ready;
-  std::string m_strPin;  // empty: no lock
+  std::string m_strPin;                 // empty: no lock
+  std::string m_strUnusedPin = "1234";  // while there is no lock
   int m_iPinTries = 3;
   NetworkState m_network = NetworkState::Home;
   int m_iSignal = 20;
@@ -314,6 +350,9 @@ private:
   CNumberSet m_broadcastIds;      // accepted
   CNumberSet m_broadcastCodings;  // accepted; none: all
   SavedSettings m_saved;
+  CPhonebook m_phonebook{kPhonebookCapacity};
+  bool m_bOwnNumbers = false;  // +CPBS="ON"
+  Clock m_clock;
   std::array<CMessageStore, 2> m_stores;
   std::array<Memory, 3> m_memories{Memory::Sim, Memory::Sim, Memory::Sim};
 

@@ -7,6 +7,7 @@
 //   advance MS               time goes on
 //   arrive NUMBER DCS TEXT   a message reaches the service centre
 //   page CHANNEL TEXT        a cell broadcasts the text, serial number 0010
+//   call NUMBER              somebody calls
 //   network on|off           the network comes or goes
 //   hang up                  the computer closes the port
 //
@@ -146,6 +147,8 @@ private:
       m_pModem->HangUp();
     } else if (what == "arrive") {
       Arrive(value, words);
+    } else if (what == "call") {
+      m_pModem->Ring(value);
     } else if (what == "page") {
       Page(value, words);
     } else {

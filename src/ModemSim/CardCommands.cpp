@@ -1,0 +1,220 @@
+// Commands of 3GPP TS 27.007 about the card: its lock, its number, its phonebooks.
+#include "ErrorCodes.h"
+#include "SimulatedModem.h"
+
+#include <algorithm>
+
+namespace modem_sim {
+namespace {
+
+const char kCardNumber[] = "8949001000000000017";  // ITU-T E.118
+const char kPinFacility[] = "SC";
+const int kPinLength = 8;
+
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+bool IsPin(const std::string& text) {
+  return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Takes the '+' away, which the type says as well.
+PhonebookEntry EntryOf(const std::string& number, int type) {
+  PhonebookEntry entry;
+  const bool plus = number.rfind('+', 0) == 0;
+  entry.number = plus ? number.substr(1) : number;
+  entry.type = type != 0 ? type : plus ? 145 : 129;
+  return entry;
+}
+
+bool IsDiallable(const std::string& number) {
+  return number.size() <= CPhonebook::kNumberLength && number.find_first_not_of("0123456789*#ABC") == std::string::npos;
+}
+
+}  // namespace
+
+const std::vector<CSimulatedModem::Entry>& CSimulatedModem::CardCommands() {
+  typedef CSimulatedModem M;
+  static const std::vector<Entry> kCommands = {
+      {"+CLCK", &M::OnLock},          {"+CPWD", &M::OnPassword},       {"+CCID", &M::OnCardNumber},
+      {"+ICCID", &M::OnCardNumber},   {"+CPBS", &M::OnPhonebook},      {"+CPBR", &M::OnReadPhonebook},
+      {"+CPBF", &M::OnFindPhonebook}, {"+CPBW", &M::OnWritePhonebook},
+  };
+  return kCommands;
+}
+
+/// Whether it is the card's PIN; a wrong one counts against the tries.
+bool CSimulatedModem::IsPinOfCard(const std::string& pin) {
+  if (pin == (m_strPin.empty() ? m_strUnusedPin : m_strPin)) {
+    m_iPinTries = kPinTries;
+    return true;
+  }
+  m_iPinTries = std::max(m_iPinTries - 1, 0);
+  if (m_iPinTries == 0) SetCard(CardState::Puk);
+  return false;
+}
+
+/// The one facility is SC, the PIN at the start.
+CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CLCK: (\"SC\")");
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string facility;
+  std::string pin;
+  int mode = -1;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Text(0, &facility) ||
+      !values.Number(1, 0, 2, &mode) || !values.Text(2, &pin)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  if (facility != kPinFacility) return Cme(kCmeNotAllowed);
+  if (mode == 2) {
+    Inform(std::string("+CLCK: ") + (m_strPin.empty() ? "0" : "1"));
+    return Ok();
+  }
+  if (!CardReady()) return CardLocked();
+  if (!IsPin(pin)) return Cme(kCmeIncorrectParameters);
+  if (!IsPinOfCard(pin)) return Cme(kCmeIncorrectPassword);
+  (mode == 1 ? m_strPin : m_strUnusedPin) = pin;
+  if (mode == 0) m_strPin.clear();
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnPassword(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPWD: (\"SC\"," + std::to_string(kPinLength) + ')');
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string facility;
+  std::string before;
+  std::string after;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Text(0, &facility) ||
+      !values.Text(1, &before) || !values.Text(2, &after) || !IsPin(before) || !IsPin(after)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  if (!CardReady()) return CardLocked();
+  if (facility != kPinFacility || m_strPin.empty()) return Cme(kCmeNotAllowed);  // a card changes only a PIN in use
+  if (!IsPinOfCard(before)) return Cme(kCmeIncorrectPassword);
+  m_strPin = after;
+  return Ok();
+}
+
+CSimulatedModem::Result CSimulatedModem::OnCardNumber(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Execute && m_card == CardState::Absent) return CardLocked();
+  return Inform(command, command.name + ": " + kCardNumber);
+}
+
+/// SM: written by the computer. ON: the own number, read only.
+CSimulatedModem::Result CSimulatedModem::OnPhonebook(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPBS: (\"SM\",\"ON\")");
+    return Ok();
+  }
+  if (!CardReady()) return CardLocked();
+  if (command.form == AtCommand::Form::Read) {
+    const CPhonebook& book = Phonebook();
+    Inform("+CPBS: " + Quoted(m_bOwnNumbers ? "ON" : "SM") + ',' + std::to_string(book.Used()) + ',' +
+           std::to_string(book.Capacity()));
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string name;
+  if (!values.Valid() || values.Count() != 1 || !values.Text(0, &name) || (name != "SM" && name != "ON")) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  m_bOwnNumbers = name == "ON";
+  return Ok();
+}
+
+CPhonebook CSimulatedModem::OwnNumbers() const {
+  CPhonebook book(1);
+  book.Put(1, EntryOf(m_options.number, 0));
+  return book;
+}
+
+/// <number> is ASCII whatever +CSCS says, <text> is not (3GPP TS 27.007, 8.12).
+void CSimulatedModem::InformEntry(const std::string& name, int index, const PhonebookEntry& entry) {
+  const std::string plus = entry.type == 145 ? "+" : "";
+  Inform(name + ": " + std::to_string(index) + ',' + Quoted(plus + entry.number) + ',' + std::to_string(entry.type) +
+         ',' + Quoted(Encode(m_characterSet, entry.name)));
+}
+
+CSimulatedModem::Result CSimulatedModem::OnReadPhonebook(const AtCommand& command) {
+  if (!CardReady()) return CardLocked();
+  const CPhonebook book = Phonebook();
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPBR: (1-" + std::to_string(book.Capacity()) + ")," + std::to_string(CPhonebook::kNumberLength) + ',' +
+           std::to_string(CPhonebook::kNameLength));
+    return Ok();
+  }
+  const CValues values(command.values);
+  int first = 0;
+  int last = 0;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
+      !values.Number(0, 1, book.Capacity(), &first)) {
+    return Cme(kCmeInvalidIndex);
+  }
+  last = first;
+  if (!values.Number(1, first, book.Capacity(), &last)) return Cme(kCmeInvalidIndex);
+  for (int index = first; index <= last; ++index) {
+    if (const PhonebookEntry* const entry = book.At(index)) InformEntry("+CPBR", index, *entry);
+  }
+  return Ok();
+}
+
+/// Entries whose name begins with the text.
+CSimulatedModem::Result CSimulatedModem::OnFindPhonebook(const AtCommand& command) {
+  if (!CardReady()) return CardLocked();
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPBF: " + std::to_string(CPhonebook::kNumberLength) + ',' + std::to_string(CPhonebook::kNameLength));
+    return Ok();
+  }
+  const CValues values(command.values);
+  std::string octets;
+  VELK_wstring start;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) || !values.Text(0, &octets) ||
+      !Decode(m_characterSet, octets, &start)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  const CPhonebook book = Phonebook();
+  bool found = false;
+  for (int index = 1; index <= book.Capacity(); ++index) {
+    const PhonebookEntry* const entry = book.At(index);
+    if (!entry || entry->name.rfind(start, 0) != 0) continue;
+    InformEntry("+CPBF", index, *entry);
+    found = true;
+  }
+  return found ? Ok() : Cme(kCmeNotFound);
+}
+
+CSimulatedModem::Result CSimulatedModem::OnWritePhonebook(const AtCommand& command) {
+  if (!CardReady()) return CardLocked();
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CPBW: (1-" + std::to_string(Phonebook().Capacity()) + ")," + std::to_string(CPhonebook::kNumberLength) +
+           ",(128-255)," + std::to_string(CPhonebook::kNameLength));
+    return Ok();
+  }
+  if (m_bOwnNumbers) return Cme(kCmeNotAllowed);
+  const CValues values(command.values);
+  int index = m_phonebook.FirstFree();
+  int type = 0;
+  std::string number;
+  std::string octets;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() == 0 || values.Count() > 4 ||
+      !values.Number(0, 1, m_phonebook.Capacity(), &index)) {
+    return Cme(kCmeInvalidIndex);
+  }
+  if (!values.Text(1, &number) || !values.Number(2, 128, 255, &type) || !values.Text(3, &octets)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  PhonebookEntry entry = EntryOf(number, type);
+  if (!IsDiallable(entry.number)) return Cme(kCmeInvalidDialString);
+  if (!Decode(m_characterSet, octets, &entry.name)) return Cme(kCmeInvalidText);
+  if (entry.name.size() > CPhonebook::kNameLength) return Cme(kCmeTextTooLong);
+  if (index == 0) return Cme(kCmeMemoryFull);
+  m_phonebook.Put(index, entry);
+  return Ok();
+}
+
+}  // namespace modem_sim
