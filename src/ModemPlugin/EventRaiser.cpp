@@ -6,6 +6,15 @@
 
 namespace modem {
 
+namespace {
+
+template <class Sinks>
+auto FindIn(Sinks& sinks, const void* id) {
+  return std::find_if(sinks.begin(), sinks.end(), [id](const auto& sink) { return sink.id == id; });
+}
+
+}  // namespace
+
 CEventRaiser::CEventRaiser() { m_hQueued.Init(false, false); }
 
 CEventRaiser::~CEventRaiser() { End(); }
@@ -30,20 +39,35 @@ void CEventRaiser::End() {
 }
 
 bool CEventRaiser::AddSink(Source source, IUniCommEvent* pSink) {
-  const std::lock_guard<std::mutex> guard(m_lock);
-  std::vector<IUniCommEvent*>& sinks = SinksOf(source);
-  if (pSink != nullptr && std::find(sinks.begin(), sinks.end(), pSink) == sinks.end()) {
-    sinks.push_back(pSink);
+  if (pSink != nullptr) {
+    Add(source, {pSink, [pSink](unsigned long event, void* pData) { return pSink->OnUniCommEvent(event, pData); }});
   }
   return pSink != nullptr;
 }
 
-bool CEventRaiser::RemoveSink(Source source, IUniCommEvent* pSink) {
+bool CEventRaiser::AddSink(IDeviceMgrEvent* pSink) {
+  if (pSink != nullptr) {
+    Add(Source::kManager,
+        {pSink, [pSink](unsigned long event, void* pData) { return pSink->OnDeviceMgrEvent(event, pData); }});
+  }
+  return pSink != nullptr;
+}
+
+void CEventRaiser::Add(Source source, const Sink& sink) {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  std::vector<Sink>& sinks = SinksOf(source);
+  const auto it = FindIn(sinks, sink.id);
+  if (it == sinks.end()) {
+    sinks.push_back(sink);
+  }
+}
+
+bool CEventRaiser::Remove(Source source, const void* id) {
   bool removed = false;
   {
     const std::lock_guard<std::mutex> guard(m_lock);
-    std::vector<IUniCommEvent*>& sinks = SinksOf(source);
-    const auto it = std::find(sinks.begin(), sinks.end(), pSink);
+    std::vector<Sink>& sinks = SinksOf(source);
+    const auto it = FindIn(sinks, id);
     removed = it != sinks.end();
     if (removed) {
       sinks.erase(it);
@@ -55,7 +79,7 @@ bool CEventRaiser::RemoveSink(Source source, IUniCommEvent* pSink) {
   return removed;
 }
 
-void CEventRaiser::Post(Source source, const UniCommCall& call, const RaisedCall& onRaised) {
+void CEventRaiser::Post(Source source, const SinkCall& call, const RaisedCall& onRaised) {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     if (m_bEnd) {
@@ -103,23 +127,23 @@ bool CEventRaiser::RaiseNext() {
 
 bool CEventRaiser::CallSinks(const Item& item) {
   const std::lock_guard<std::mutex> calling(m_calling);
-  std::vector<IUniCommEvent*> sinks;
+  std::vector<Sink> sinks;
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     sinks = SinksOf(item.source);
   }
   bool taken = false;
-  for (IUniCommEvent* sink : sinks) {
+  for (const Sink& sink : sinks) {
     // one may have been removed by the one before
-    taken = (IsRegistered(item.source, sink) && Guarded([&] { return item.call(sink); })) || taken;
+    taken = (IsRegistered(item.source, sink.id) && Guarded([&] { return item.call(sink); })) || taken;
   }
   return taken;
 }
 
-bool CEventRaiser::IsRegistered(Source source, IUniCommEvent* pSink) {
+bool CEventRaiser::IsRegistered(Source source, const void* id) {
   const std::lock_guard<std::mutex> guard(m_lock);
-  const std::vector<IUniCommEvent*>& sinks = SinksOf(source);
-  return std::find(sinks.begin(), sinks.end(), pSink) != sinks.end();
+  std::vector<Sink>& sinks = SinksOf(source);
+  return FindIn(sinks, id) != sinks.end();
 }
 
 }  // namespace modem

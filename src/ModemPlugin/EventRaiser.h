@@ -3,8 +3,10 @@
 
 #include "platform/JEvent.h"
 #include "platform/JThread.h"
+#include "services/IDeviceMgrEvent.h"
 #include "services/IUniCommEvent.h"
 
+#include <array>
 #include <atomic>
 #include <deque>
 #include <functional>
@@ -18,9 +20,7 @@ namespace modem {
 /// Errors:  an exception of a sink counts as false. Raise throws when memory is short, and has then done nothing.
 class CEventRaiser : private JThread {
 public:
-  enum class Source { kMessages, kNetwork };
-  /// Calls one sink; answers what the sink answered.
-  typedef std::function<bool(IUniCommEvent*)> UniCommCall;
+  enum class Source { kMessages, kNetwork, kManager };
   typedef std::function<void(bool bTaken)> RaisedCall;
 
   CEventRaiser();
@@ -32,41 +32,50 @@ public:
   void End();
 
   bool AddSink(Source source, IUniCommEvent* pSink);
+  /// Of the device manager.
+  bool AddSink(IDeviceMgrEvent* pSink);
   /// Returns when no call of the sink is under way, and never again will be; called from inside a call of a sink it
   /// does not wait. So the caller must not hold a lock that a sink takes.
-  bool RemoveSink(Source source, IUniCommEvent* pSink);
+  bool RemoveSink(Source source, IUniCommEvent* pSink) { return Remove(source, pSink); }
+  bool RemoveSink(IDeviceMgrEvent* pSink) { return Remove(Source::kManager, pSink); }
 
   /// Queues an event with a payload that is copied.
   /// @param onRaised  called on the event thread afterwards with whether a sink has answered true; may be empty.
   template <class Payload>
   void Raise(Source source, unsigned long event, const Payload& payload, const RaisedCall& onRaised = {}) {
     Post(
-        source,
-        [event, copy = Payload(payload)](IUniCommEvent* sink) mutable { return sink->OnUniCommEvent(event, &copy); },
+        source, [event, copy = Payload(payload)](const Sink& sink) mutable { return sink.call(event, &copy); },
         onRaised);
   }
   void Raise(Source source, unsigned long event) {
-    Post(source, [event](IUniCommEvent* sink) { return sink->OnUniCommEvent(event, nullptr); }, {});
+    Post(source, [event](const Sink& sink) { return sink.call(event, nullptr); }, {});
   }
 
 private:
+  struct Sink {
+    const void* id;
+    std::function<bool(unsigned long event, void* pData)> call;
+  };
+  /// Calls one sink; answers what the sink answered.
+  typedef std::function<bool(const Sink&)> SinkCall;
   struct Item {
     Source source;
-    UniCommCall call;
+    SinkCall call;
     RaisedCall onRaised;
   };
 
   void* Thread() override;
-  void Post(Source source, const UniCommCall& call, const RaisedCall& onRaised);
+  void Post(Source source, const SinkCall& call, const RaisedCall& onRaised);
   bool RaiseNext();
   bool CallSinks(const Item& item);
-  bool IsRegistered(Source source, IUniCommEvent* pSink);
-  std::vector<IUniCommEvent*>& SinksOf(Source source) { return source == Source::kMessages ? m_messages : m_network; }
+  void Add(Source source, const Sink& sink);
+  bool Remove(Source source, const void* id);
+  bool IsRegistered(Source source, const void* id);
+  std::vector<Sink>& SinksOf(Source source) { return m_sinks[static_cast<std::size_t>(source)]; }
 
   std::mutex m_lock;
   std::deque<Item> m_items;  // guarded by m_lock, as all below
-  std::vector<IUniCommEvent*> m_messages;
-  std::vector<IUniCommEvent*> m_network;
+  std::array<std::vector<Sink>, 3> m_sinks;
   bool m_bEnd = false;
   JEvent m_hQueued;      // something is queued, or the end has come
   std::mutex m_calling;  // held during a call of a sink
