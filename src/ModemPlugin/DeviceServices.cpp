@@ -75,6 +75,12 @@ bool CNetworkService::GetCurrentPLMN(NETSRV_DATA::PLMNType* pstPLMN, DWORD* pdwE
          });
 }
 
+bool CDeviceManager::RegEventSink(IDeviceMgrEvent* pSink) {
+  return Guarded([&] { return m_modem.Events().AddSink(pSink); });
+}
+
+bool CDeviceManager::UnRegEventSink(IDeviceMgrEvent* pSink) { return m_modem.Events().RemoveSink(pSink); }
+
 bool CDeviceManager::GetDoubleModeCardState(bool* pbState, DWORD* pdwExtra1, DWORD* pdwExtra2, DWORD* pdwExtra3) {
   if (pbState == nullptr) {
     return false;

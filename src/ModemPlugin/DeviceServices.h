@@ -33,15 +33,16 @@ private:
   CModem& m_modem;
 };
 
-/// Has no event to raise: the modem stays the same one in the same mode, and its loss is told by the network service's
-/// EVENT_SRV_MS_UNAVAILABLE, on which everybody does what EVENT_DEVICE_REJECT would ask for; both would do it twice.
+/// Tells what becomes of the modem beside its loss and return, which the network service tells
+/// (EVENT_SRV_MS_UNAVAILABLE, EVENT_SRV_MS_AVAILABLE): everybody does on EVENT_DEVICE_REJECT what was done for the
+/// loss, so that is raised only when a modem is there and cannot be used.
 class CDeviceManager : public IDeviceMgr {
 public:
   explicit CDeviceManager(CModem& modem) : m_modem(modem) {}
   void Release() override {}
   int GetLastError() override { return 0; }
-  bool RegEventSink(IDeviceMgrEvent* pSink) override { return pSink != nullptr; }
-  bool UnRegEventSink(IDeviceMgrEvent* pSink) override { return pSink != nullptr; }
+  bool RegEventSink(IDeviceMgrEvent* pSink) override;
+  bool UnRegEventSink(IDeviceMgrEvent* pSink) override;
   int GetDeviceMgrState() override { return 0; }
   bool GetDoubleModeCardState(bool* pbState, DWORD* pdwExtra1, DWORD* pdwExtra2, DWORD* pdwExtra3) override;
   bool GetMemIterator(IDeviceMemIterator** ppIterator) override;

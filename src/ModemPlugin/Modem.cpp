@@ -20,6 +20,7 @@ const unsigned int kSendLimitMs = 55000;
 const unsigned int kLinkLimitMs = 2000;
 const unsigned int kLimitMs = 5000;
 const unsigned int kRetryMs = 1000;
+const int kTries = 3;  // one that was just plugged in may need more than one
 // Places in AT+CNMI and values there (3GPP TS 27.005, 3.4.1).
 const std::size_t kMessages = 1;
 const std::size_t kPages = 2;
@@ -134,6 +135,7 @@ void CModem::SetServiceCentre(const std::string& number) {
 
 /// Opens the line, begins to read it and starts the modem on it.
 bool CModem::Connect(std::string& error) {
+  m_bRefused = false;
   std::unique_ptr<IByteStream> stream = m_open(error);
   if (!stream) {
     return false;
@@ -154,9 +156,15 @@ bool CModem::Connect(std::string& error) {
     }
     error = "went away while it was started. Plug the modem in again.";
   }
+  m_bRefused = !IsGone(*connection);
   connection->pStream->Close();
   m_pReader.reset();
   return false;
+}
+
+bool CModem::IsGone(const Connection& connection) const {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  return connection.bGone || m_bStop;
 }
 
 /// @return false: stopped in the meantime, and nobody would close it.
@@ -375,13 +383,33 @@ CModem::Next CModem::WorkOnce() {
 bool CModem::Reconnect() {
   FailQueued();
   m_pReader.reset();
-  std::string error;
-  if (!m_bPresent || !Connect(error)) {
+  if (!m_bPresent) {
     return false;
   }
-  TraceFault("the modem is back: " + Facts().model);
-  AnnounceState();
-  return true;
+  std::string error;
+  const ModemFacts before = Facts();
+  const bool connected = Connect(error);
+  m_iRefused = m_bRefused ? m_iRefused + 1 : 0;
+  if (m_iRefused == kTries) {
+    TraceFault("the modem is refused: it " + error);
+    m_events.Raise(CEventRaiser::Source::kManager, IDeviceMgrEvent::EVENT_DEVICE_REJECT);
+  }
+  if (connected) {
+    TraceFault("the modem is back: " + Facts().model);
+    TellChange(before);
+    AnnounceState();
+  }
+  return connected;
+}
+
+void CModem::TellChange(const ModemFacts& before) {
+  const ModemFacts now = Facts();
+  const bool otherNumber = !before.imei.empty() && !now.imei.empty() && before.imei != now.imei;
+  if (before.model != now.model || otherNumber) {
+    m_events.Raise(CEventRaiser::Source::kManager, IDeviceMgrEvent::EVENT_DEVICE_SWITCH);
+  } else if (before.memories != now.memories) {
+    m_events.Raise(CEventRaiser::Source::kManager, IDeviceMgrEvent::EVENT_DEVICE_SYSMODE_CHANGED);
+  }
 }
 
 void CModem::AnnounceState() {
@@ -429,7 +457,9 @@ void CModem::AskAgain() {
   if (!connection) {
     return;
   }
+  const ModemFacts before = Facts();
   if (StartOn(connection->dialogue, facts, error) && TakeIntoUse(*connection, facts)) {
+    TellChange(before);
     AnnounceState();
   } else {
     TraceFault("the modem " + error);

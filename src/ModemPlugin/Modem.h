@@ -110,6 +110,7 @@ private:
 
   bool StartThreads(std::string& error);
   bool Connect(std::string& error);
+  bool IsGone(const Connection& connection) const;
   bool Install(const std::shared_ptr<Connection>& connection);
   bool TakeIntoUse(Connection& connection, const ModemFacts& facts);
   void ReadLine(Connection& connection);
@@ -120,6 +121,7 @@ private:
   void AskCardAgain();
   void AskOperatorAgain();
   bool Reconnect();
+  void TellChange(const ModemFacts& before);
   void SendOne(const PduLine& line);
   void KeepLink();
   void FailQueued();
@@ -166,6 +168,10 @@ private:
   CStoredMessages m_stored;
   CWapPushes m_pushes;
   std::array<std::atomic<bool>, 2> m_full{};  // SIM, modem
+
+  // of the thread that connects: at first that of Start, then the worker
+  bool m_bRefused = false;  // the modem is there and of no use
+  int m_iRefused = 0;       // times in succession
 
   std::unique_ptr<CWorker> m_pReader;
   std::unique_ptr<CWorker> m_pWorker;

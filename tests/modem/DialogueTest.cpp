@@ -218,6 +218,7 @@ public:
   CPlayer() {
     m_modem.Events().AddSink(modem::CEventRaiser::Source::kMessages, &m_sink);
     m_modem.Events().AddSink(modem::CEventRaiser::Source::kNetwork, &m_sink);
+    m_modem.Events().AddSink(&m_sink);
   }
   ~CPlayer() {
     m_line->HangUp();

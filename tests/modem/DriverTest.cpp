@@ -1,6 +1,7 @@
 // The driver against a modem that answers as each test says.
 
 #include "AtCommandBuilder.h"
+#include "DeviceServices.h"
 #include "FakeClient.h"
 #include "MessageService.h"
 #include "Modem.h"
@@ -20,8 +21,9 @@ using modem::CMessageService;
 using modem::CModem;
 
 /// Writes down events as "number" or "number value".
-class CSink : public IUniCommEvent {
+class CSink : public IUniCommEvent, public IDeviceMgrEvent {
 public:
+  bool OnDeviceMgrEvent(unsigned long dwEvent, void* pData) override { return OnUniCommEvent(dwEvent, pData); }
   bool OnUniCommEvent(unsigned long dwEvent, void* pData) override {
     const auto hook = m_monitor.Peek([this] { return m_hook; });
     if (hook) {
@@ -43,8 +45,8 @@ public:
     });
     return true;
   }
-  bool Await(const std::string& line, int times = 1) const {
-    return m_monitor.Await([&] { return std::count(m_lines.begin(), m_lines.end(), line) >= times; });
+  bool Await(const std::string& line, int times = 1, int milliseconds = 5000) const {
+    return m_monitor.Await([&] { return std::count(m_lines.begin(), m_lines.end(), line) >= times; }, milliseconds);
   }
   std::vector<std::string> Lines() const {
     return m_monitor.Peek([this] { return m_lines; });
@@ -71,9 +73,11 @@ protected:
           error = line ? "" : "not there";
           return line;
         }),
-        m_service(m_modem) {
+        m_service(m_modem),
+        m_manager(m_modem) {
     m_service.RegEventSink(&m_sink);
     m_modem.Events().AddSink(modem::CEventRaiser::Source::kNetwork, &m_sink);
+    m_manager.RegEventSink(&m_sink);
   }
   ~Driver() override { m_modem.Stop(); }
 
@@ -95,6 +99,7 @@ protected:
   CSink m_sink;
   CModem m_modem;
   CMessageService m_service;
+  modem::CDeviceManager m_manager;
 };
 
 // --- start -----------------------------------------------------------------------------------------------------------
@@ -271,6 +276,45 @@ TEST_F(Driver, AnnouncesTheModemThatIsBack) {
   EXPECT_EQ((std::vector<std::string>{"9", "8", "6", "4 2", "20408"}), lines);
 }
 
+TEST_F(Driver, TellsThatAnotherModemHasTakenItsPlace) {
+  ASSERT_TRUE(Start());
+  m_script.Answer("AT+CGMM", "\r\nOther\r\n\r\nOK\r\n");
+  m_script.HangUp();
+  ASSERT_TRUE(m_sink.Await("20408"));
+  EXPECT_EQ((std::vector<std::string>{"9", "6604", "8", "6", "4 2", "20408"}), m_sink.Lines());
+}
+
+TEST_F(Driver, TellsTwoModemsOfOneModelApartByTheirNumbers) {
+  m_script.Answer("AT+CGSN", "\r\n490154203237518\r\n\r\nOK\r\n");
+  ASSERT_TRUE(Start());
+  m_script.HangUp();
+  ASSERT_TRUE(m_sink.Await("20408"));
+  m_script.Answer("AT+CGSN", "\r\n356938035643809\r\n\r\nOK\r\n");
+  m_script.HangUp();
+  ASSERT_TRUE(m_sink.Await("20408", 2));
+  EXPECT_EQ((std::vector<std::string>{"9", "8", "6", "4 2", "20408", "9", "6604", "8", "6", "4 2", "20408"}),
+            m_sink.Lines());
+}
+
+TEST_F(Driver, TellsThatTheModemHasOtherMemoriesNow) {
+  ASSERT_TRUE(Start());
+  m_script.Answer("AT+CPMS=?", "\r\n+CPMS: (\"SM\"),(\"SM\"),(\"SM\")\r\n\r\nOK\r\n");
+  m_script.HangUp();
+  ASSERT_TRUE(m_sink.Await("20408"));
+  EXPECT_EQ((std::vector<std::string>{"9", "6650", "8", "6", "4 2", "20408"}), m_sink.Lines());
+}
+
+TEST_F(Driver, TellsASinkOfTheManagerNothingAfterItsRemoval) {
+  ASSERT_TRUE(Start());
+  EXPECT_FALSE(m_manager.RegEventSink(nullptr));
+  EXPECT_TRUE(m_manager.UnRegEventSink(&m_sink));
+  EXPECT_FALSE(m_manager.UnRegEventSink(&m_sink));
+  m_script.Answer("AT+CGMM", "\r\nOther\r\n\r\nOK\r\n");
+  m_script.HangUp();
+  ASSERT_TRUE(m_sink.Await("20408"));
+  EXPECT_EQ((std::vector<std::string>{"9", "8", "6", "4 2", "20408"}), m_sink.Lines());
+}
+
 TEST_F(Driver, StopsAtOnceWhileACommandWaits) {
   ASSERT_TRUE(Start());
   m_script.AnswerOctets("");
@@ -301,6 +345,37 @@ TEST(DriverTimeOut, FailsAPartWithoutAVerdictAndFindsBackIntoStep) {
       ASSERT_TRUE(m_sink.Await("20407 38"))
           << ::testing::PrintToString(m_sink.Lines()) << ::testing::PrintToString(m_script.Commands());
       EXPECT_LE(1, m_script.Count("escape"));
+    }
+  } run;
+  run.Play(clock);
+}
+
+TEST(DriverReturn, TellsOnceThatAModemWhichIsThereIsRefused) {
+  JManualClock clock;
+  class CRun : public Driver {
+  public:
+    void TestBody() override {}
+    void Play(JManualClock& manual) {
+      ASSERT_TRUE(Start());
+      m_script.Answer("AT+CMGF=0", "\r\nERROR\r\n");
+      m_script.HangUp();
+      for (int tries = 1; tries <= 5; ++tries) {
+        for (int second = 0; second < 100 && !m_script.AwaitCommand("AT+CMGF=0", 1 + tries, 20); ++second) {
+          manual.Advance(1000);
+        }
+        ASSERT_EQ(1 + tries, m_script.Count("AT+CMGF=0"));
+        EXPECT_TRUE(tries < 4 || m_sink.Await("6601"));
+        EXPECT_TRUE(tries > 2 || Count("6601") == 0) << "after " << tries;
+      }
+      m_script.Answer("AT+CMGF=0", "\r\nOK\r\n");
+      for (int second = 0; second < 100 && !m_sink.Await("20408", 1, 20); ++second) {
+        manual.Advance(1000);
+      }
+      EXPECT_EQ((std::vector<std::string>{"9", "6601", "8", "6", "4 2", "20408"}), m_sink.Lines());
+    }
+    long Count(const std::string& line) {
+      const std::vector<std::string> lines = m_sink.Lines();
+      return std::count(lines.begin(), lines.end(), line);
     }
   } run;
   run.Play(clock);

@@ -54,6 +54,12 @@ std::string LineOf(unsigned long dwEvent, const void* pData) {
       return "available";
     case NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE:
       return "unavailable";
+    case IDeviceMgrEvent::EVENT_DEVICE_REJECT:
+      return "refused";
+    case IDeviceMgrEvent::EVENT_DEVICE_SWITCH:
+      return "another device";
+    case IDeviceMgrEvent::EVENT_DEVICE_SYSMODE_CHANGED:
+      return "another mode";
     default:
       return "event " + std::to_string(dwEvent);
   }

@@ -3,6 +3,7 @@
 
 #include "Await.h"
 #include "SMSDef.h"
+#include "services/IDeviceMgrEvent.h"
 #include "services/IUniCommEvent.h"
 
 #include <deque>
@@ -10,9 +11,10 @@
 #include <string>
 
 /// Threads: any.
-class CRecordingSink : public IUniCommEvent {
+class CRecordingSink : public IUniCommEvent, public IDeviceMgrEvent {
 public:
   bool OnUniCommEvent(unsigned long dwEvent, void* pData) override;
+  bool OnDeviceMgrEvent(unsigned long dwEvent, void* pData) override { return OnUniCommEvent(dwEvent, pData); }
 
   /// The next event, "verdict 0"; "nothing" when none comes in time.
   std::string Next();
