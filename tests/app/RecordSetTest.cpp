@@ -1,11 +1,11 @@
 // The messages of a store with one cursor.
+#include "Await.h"
 #include "RecordSetSupport.h"
 #include "ShortMemory.h"
 
-#include <chrono>
 #include <functional>
-#include <future>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -397,14 +397,20 @@ TEST_F(RecordSetNotice, DoesNothingMoreThanLookTheServiceUp) {
 
 TEST_F(RecordSetNotice, IsLookedUpUnderTheLockOfTheSetWithTheCountThatHoldsThen) {
   struct CLookingContainer : IPluginContainer {
-    std::vector<int> vctCounts;
-    std::vector<std::future<long>> vctOthers;
     CSMSRecordSetImpl* pSet = nullptr;
+    CMonitor monitor;
+    std::vector<int> vctCounts;
+    std::vector<std::thread> vctOthers;
+    std::set<std::size_t> setAnswered;  // guarded by monitor
     bool bOthersWaited = true;
     bool QueryPluginInterface(const char*, int, IBaseInterface**) override {
+      const std::size_t uOther = vctCounts.size();
       vctCounts.push_back(CSMSRecordSetImpl::m_iMissCount);
-      vctOthers.push_back(std::async(std::launch::async, [this] { return pSet->GetRecordCount(); }));
-      bOthersWaited &= vctOthers.back().wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout;
+      vctOthers.emplace_back([this, uOther] {
+        pSet->GetRecordCount();
+        monitor.Locked([&] { setAnswered.insert(uOther); });
+      });
+      bOthersWaited &= !monitor.Await([&] { return setAnswered.count(uOther) == 1; }, 20);
       return false;
     }
   } container;
@@ -416,6 +422,9 @@ TEST_F(RecordSetNotice, IsLookedUpUnderTheLockOfTheSetWithTheCountThatHoldsThen)
   Push(m_set, MakeRecord(3, "b", NS_SMS::IS_NOT_READ));
   m_set.RemoveSMSRecord(2);
   m_set.ClearSMSRecord();
+  for (std::thread& other : container.vctOthers) {
+    other.join();
+  }
   EXPECT_EQ((std::vector<int>{iBefore + 1, iBefore + 2, iBefore + 1, iBefore}), container.vctCounts);
   EXPECT_TRUE(container.bOthersWaited);
   m_plugin.SetPluginContainer(&m_device.container);

@@ -1,12 +1,19 @@
-// Everything at once: sends, cancels, messages on both roads, a device that comes and goes, registration, and record
-// operations from four clients and from inside callbacks. SMS_RACE_SECONDS says how long (default 2).
+// Everything at once: sends, cancels, messages of every kind on both roads, a device that comes and goes, registration,
+// and record operations from four clients and from inside callbacks. SMS_RACE_SECONDS says how long (default 2).
 
+#include "RaceLedger.h"
+#include "SMSRecordImpl.h"
+#include "SMSRecordSetImpl.h"
 #include "ServiceAccess.h"
 #include "ServiceTest.h"
 
+#include <gmock/gmock.h>
+#include <algorithm>
 #include <atomic>
-#include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -16,9 +23,27 @@ namespace {
 
 const char kDropped[] = "m_pSendSMSThread->StartThread false!";
 
+/// Of whom the MMS hook, a plain function, tells.
+CRaceLedger* g_pLedger = nullptr;
+
+void TakeMms(void* pRecord) { g_pLedger->Saw(static_cast<SMReadRecord*>(pRecord)->szAddress); }
+
 class Race : public CServiceTest {
 protected:
   typedef std::mt19937 Dice;
+
+  Race() {
+    // The C library locks the time zone in a way that the thread sanitizer does not see; a zone that is named is read
+    // once.
+    setenv("TZ", "UTC", 1);
+    tzset();
+    m_home.WriteSettings("[CBS]\nenable=true\n");
+    g_pLedger = &m_ledger;
+  }
+  ~Race() override {
+    Stop();
+    g_pLedger = nullptr;
+  }
 
   static bool Chance(Dice& dice, int oneIn) { return std::uniform_int_distribution<int>(1, oneIn)(dice) == 1; }
 
@@ -77,9 +102,9 @@ protected:
 
   /// The driver's thread: what a device in trouble says.
   void Disturb(Dice& dice) {
-    switch (std::uniform_int_distribution<int>(0, 9)(dice)) {
+    switch (std::uniform_int_distribution<int>(0, 15)(dice)) {
       case 0:
-        m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE, nullptr);
+        GoAway(dice);
         break;
       case 1:
       case 2:
@@ -95,46 +120,91 @@ protected:
         m_device.manager.Raise(IDeviceMgrEvent::EVENT_DEVICE_SYSMODE_CHANGED);
         break;
       case 6:
-        Arrive(Chance(dice, 2) ? SMS_MEM_SM : SMS_MEM_ME);
-        break;
       case 7:
-        Direct();
+        m_device.sms.RaiseNumber(WMS_MO_SMS_STATUS, Chance(dice, 4) ? 38 : 0);  // late, or early
+        break;
+      case 8:
+      case 9:
+        DeliverPart(dice);
+        break;
+      case 10:
+        Broadcast();
         break;
       default:
-        m_device.sms.RaiseNumber(WMS_MO_SMS_STATUS, Chance(dice, 4) ? 38 : 0);  // late, or early
+        DeliverOneOfItsKind(dice);
+    }
+  }
+  void GoAway(Dice& dice) {
+    if (Chance(dice, 3)) {
+      m_device.manager.Raise(Chance(dice, 2) ? IDeviceMgrEvent::EVENT_DEVICE_REJECT
+                                             : IDeviceMgrEvent::EVENT_DEVICE_SWITCH);
+    } else {
+      m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE, nullptr);
     }
   }
   void ComeBack() {
     m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_AVAILABLE, nullptr);
     m_device.sms.Raise(WMS_EVENT_READY, nullptr);
   }
-  void Arrive(SMS_MEM memory) {
-    const std::string content = "stored " + std::to_string(++m_iArrived);
-    SNewSmsNotifyType notice{memory, m_device.sms.Put(memory, MakeReadRecord("333", Utf16(content)))};
+
+  // --- messages
+
+  void DeliverOneOfItsKind(Dice& dice) {
+    const struct {
+      const char* name;
+      SMS_IDENTIFYER type;
+      SMS_CLASS smsClass;
+    } kinds[] = {{"text", SMS_IDENTIFYER_ORDINARILY, SMS_CLASS_INVALID},
+                 {"text", SMS_IDENTIFYER_ORDINARILY, SMS_CLASS_INVALID},
+                 {"report", SMS_IDENTIFYER_REPORT, SMS_CLASS_INVALID},
+                 {"voicemail", SMS_IDENTIFYER_VOICE_MAIL, SMS_CLASS_INVALID},
+                 {"mms", SMS_IDENTIFYER_MMS_NOTIFY, SMS_CLASS_INVALID},
+                 {"flash", SMS_IDENTIFYER_ORDINARILY, SMS_CLASS_0}};
+    const auto& kind = kinds[std::uniform_int_distribution<int>(0, 5)(dice)];
+    const bool direct = Chance(dice, 2);
+    SMReadRecord record =
+        MakeReadRecord(m_ledger.NewSender((direct ? "direct " : "stored ") + std::string(kind.name)), u"content");
+    record.enType = kind.type;
+    record.enSmClass = kind.smsClass;
+    Deliver(record, direct, Chance(dice, 2) ? SMS_MEM_SM : SMS_MEM_ME);
+  }
+  /// The parts of one long message come in any order, some twice, with all else in between.
+  void DeliverPart(Dice& dice) {
+    if (m_parts.empty()) {
+      const std::string sender = m_ledger.NewSender("long");
+      for (BYTE part : {BYTE(1), BYTE(2), BYTE(3), BYTE(2)}) {
+        m_parts.push_back(MakeReadPart(sender, Utf16("<" + std::to_string(part) + ">"), 7, 3, part));
+      }
+      m_parts.resize(Chance(dice, 4) ? 4 : 3);
+      std::shuffle(m_parts.begin(), m_parts.end(), dice);
+    }
+    Deliver(m_parts.back(), Chance(dice, 2), Chance(dice, 2) ? SMS_MEM_SM : SMS_MEM_ME);
+    m_parts.pop_back();
+  }
+  void Deliver(SMReadRecord record, bool direct, SMS_MEM memory) {
+    if (direct) {
+      m_device.sms.Raise(record.enType == SMS_IDENTIFYER_REPORT ? WMS_REPORT_STATUS_DIRECT : WMS_NEW_SMS_DIRECT_NOTIFY,
+                         &record);
+      return;
+    }
+    SNewSmsNotifyType notice{memory, m_device.sms.Put(memory, record)};
     m_device.sms.Raise(WMS_RECEIVE_SMS_NOTIFY, &notice);
   }
-  void Direct() {
-    SMReadRecord record = MakeReadRecord("444", Utf16("direct " + std::to_string(++m_iDirect)));
-    m_device.sms.Raise(WMS_NEW_SMS_DIRECT_NOTIFY, &record);
+  void Broadcast() {
+    CBSMessage page{};
+    page.MessageId = static_cast<DWORD>(++m_iBroadcasts);
+    page.TotalNumber = 1;
+    page.wszContent[0] = u'!';
+    m_device.sms.Raise(CBS_CONTENT_DIRECT_NOTIFY, &page);
   }
+
+  // --- clients
 
   /// One draft through its life, with reads of everything in between.
   void UseRecords(Dice& dice, int storage) {
-    CSMSRecordImpl draft;
-    draft.SetMSGID(-1);
-    draft.SetNumber(u"555");
-    draft.SetContent(u"draft");
-    draft.SetPosition(storage == NS_SMS::SMS_LOCAL ? NS_SMS::DRAFT_BOX : NS_SMS::SEND_BOX_SIM);
+    const int boxes[] = {NS_SMS::DRAFT_BOX, NS_SMS::SEND_BOX_SIM, NS_SMS::SEND_BOX_NV};
     const bool bracket = storage == NS_SMS::SMS_LOCAL && Chance(dice, 8) && m_pService->BeginTransaction() == 0;
-    long id = -1;
-    long count = 1;
-    if (m_pService->SaveMsg(&draft, &id, count) == 0 && id != -1) {
-      CSMSRecordImpl copy(id);
-      m_pService->GetMsg(&copy, storage);
-      m_pService->UpdateMsg(&copy);
-      m_pService->DeleteMsg(id, storage);
-      m_pService->RemoveRecord(id, storage);
-    }
+    PassOneThrough(boxes[storage], storage);
     if (bracket) {
       EXPECT_EQ(0, m_pService->EndTransaction());
     }
@@ -152,26 +222,43 @@ protected:
     if (storage != NS_SMS::SMS_LOCAL && Chance(dice, 10)) {
       m_pService->CutAllToLocal(storage);
     }
+    Pause(10);  // a client that never rests keeps the others from the database
+  }
+
+  /// Saves, reads, changes, deletes and removes. A removal that fails leaves the draft: that is written down.
+  void PassOneThrough(int box, int storage) {
+    const std::string content = "draft " + std::to_string(++m_iDrafts);
+    CSMSRecordImpl draft;
+    draft.SetMSGID(-1);
+    draft.SetNumber(u"555");
+    draft.SetContent(Utf16(content).c_str());
+    draft.SetPosition(box);
+    long id = -1;
+    long count = 1;
+    if (m_pService->SaveMsg(&draft, &id, count) != 0 || id == -1) {
+      return;
+    }
+    CSMSRecordImpl copy(id);
+    m_pService->GetMsg(&copy, storage);
+    m_pService->UpdateMsg(&copy);
+    m_pService->DeleteMsg(id, storage);
+    if (m_pService->RemoveRecord(id, storage) != 0 && storage == NS_SMS::SMS_LOCAL) {
+      m_pace.Locked([&] { m_leftDrafts.insert(content); });
+    }
   }
 
   void InsideACallback(const std::string& line) {
     thread_local Dice dice(99);
     thread_local bool nested = false;
+    NoteFlash(line);
     if (nested || !Chance(dice, 6)) {
       return;
     }
     nested = true;
-    switch (std::uniform_int_distribution<int>(0, 3)(dice)) {
-      case 0: {
-        CSMSRecordImpl draft;
-        draft.SetMSGID(-1);
-        long id = -1;
-        long count = 1;
-        if (m_pService->SaveMsg(&draft, &id, count) == 0) {
-          m_pService->RemoveRecord(id, NS_SMS::SMS_LOCAL);
-        }
+    switch (std::uniform_int_distribution<int>(0, 4)(dice)) {
+      case 0:
+        PassOneThrough(NS_SMS::DRAFT_BOX, NS_SMS::SMS_LOCAL);
         break;
-      }
       case 1: {
         CSMSRecordImpl record(1L);
         m_pService->GetMsg(&record, Chance(dice, 2) ? NS_SMS::SMS_LOCAL : NS_SMS::SMS_SIM);
@@ -180,6 +267,13 @@ protected:
       case 2: {
         long count = 0;
         m_pService->CancelSendMsg(count);
+        break;
+      }
+      case 3: {
+        int capacity = 0;
+        int used = 0;
+        m_pService->GetRecordInfo(capacity, used, std::uniform_int_distribution<int>(0, 2)(dice));
+        m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL)->GetUnReadSMSCount();
         break;
       }
       default:
@@ -191,6 +285,13 @@ protected:
     }
     nested = false;
   }
+  /// A flash message is shown and kept nowhere.
+  void NoteFlash(const std::string& line) {
+    const std::string begin = "OnNewMessage id=-1 number=";
+    if (line.compare(0, begin.size(), begin) == 0) {
+      m_ledger.Saw(line.substr(begin.size(), line.find(" content=") - begin.size()));
+    }
+  }
 
   // --- afterwards
 
@@ -201,48 +302,77 @@ protected:
       Pause(1);
     }
     ASSERT_TRUE(m_device.sms.DrainVerdicts(20000));
-    const std::size_t all = static_cast<std::size_t>(m_iArrived + m_iDirect);
-    for (int attempt = 0; attempt < 200 && Received().size() < all; ++attempt) {
+    Dice dice(7);
+    while (!m_parts.empty()) {
+      DeliverPart(dice);
+    }
+    m_pService->RegisterCallBackForMms(&TakeMms);
+    for (int attempt = 0; attempt < 300 && !IsAllThere(); ++attempt) {
+      if (CServiceAccess::AreLoaded(*m_pService)) {
+        m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE,
+                           nullptr);  // a mirror that holds records is not loaded
+      }
       ComeBack();
       Pause(50);
     }
   }
-  std::set<std::string> Received() { return Contents({"stored ", "direct "}); }
-  std::set<std::string> Contents(const std::vector<std::string>& prefixes) {
-    std::set<std::string> found;
-    for (const auto& entry : CountContents(prefixes)) {
-      found.insert(entry.first);
+  struct Row {
+    std::string sender;
+    std::string content;
+  };
+  std::vector<Row> LocalRows() {
+    CSMSRecordSetImpl& set = *CServiceAccess::Local(*m_pService)->GetReocrdList();
+    std::vector<Row> rows;
+    for (const long id : set.GetIdentifiers()) {
+      if (ISMSRecord* const record = set.GetSMSRecordCopy(id)) {
+        rows.push_back({Utf8(record->GetNumber()), Utf8(record->GetContent())});
+        record->Release();
+      }
+    }
+    return rows;
+  }
+  /// Ticks off what the local store holds; of a long message only the whole counts.
+  bool IsAllThere() {
+    int broadcasts = 0;
+    for (const Row& row : LocalRows()) {
+      if (row.sender.compare(0, 5, "long ") != 0 || row.content == "<1><2><3>") {
+        m_ledger.Saw(row.sender);
+      }
+      broadcasts += row.content == "!" ? 1 : 0;
+    }
+    return m_ledger.Missing().empty() && broadcasts == m_iBroadcasts;
+  }
+  /// How often the local store holds what begins so, by what it holds.
+  std::map<std::string, int> CountRows(const std::string& prefix, std::string Row::*field) {
+    std::map<std::string, int> found;
+    for (const Row& row : LocalRows()) {
+      if ((row.*field).compare(0, prefix.size(), prefix) == 0) {
+        ++found[row.*field];
+      }
     }
     return found;
   }
-  std::map<std::string, int> CountContents(const std::vector<std::string>& prefixes) {
-    std::map<std::string, int> found;
-    ISMSRecordSet* const set = m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL);
-    std::vector<long> ids;
-    for (long id = 1, left = set->GetRecordCount(); left > 0 && id < 2000000; ++id) {
-      ISMSRecord* const record = set->GetSMSRecordCopy(id);
-      if (record == nullptr) {
-        continue;
-      }
-      --left;
-      const std::string content = Utf8(record->GetContent());
-      for (const std::string& prefix : prefixes) {
-        if (content.compare(0, prefix.size(), prefix) == 0) {
-          ++found[content];
-        }
-      }
-      record->Release();
+  std::set<std::string> Drafts() {
+    std::set<std::string> drafts;
+    for (const auto& draft : CountRows("draft ", &Row::content)) {
+      drafts.insert(draft.first);
     }
-    return found;
+    return drafts;
+  }
+  std::set<std::string> DraftsLeft() {
+    return m_pace.Peek([this] { return m_leftDrafts; });
   }
 
   const VELK_wstring m_longTail = VELK_wstring(u" ") + ::Repeat(u"and so on ", 170);
+  CRaceLedger m_ledger;
+  std::vector<SMReadRecord> m_parts;  // of the long message that is coming; on the driver's thread only
   std::atomic<int> m_iSends{0};
   std::atomic<int> m_iAccepted{0};
-  std::atomic<int> m_iArrived{0};
-  std::atomic<int> m_iDirect{0};
+  std::atomic<int> m_iDrafts{0};
+  std::atomic<int> m_iBroadcasts{0};
   std::atomic<bool> m_bFinish{false};
   CMonitor m_pace;
+  std::set<std::string> m_leftDrafts;  // guarded by m_pace
   std::vector<std::thread> m_threads;
 };
 
@@ -257,8 +387,9 @@ TEST_F(Race, LosesNoMessageAndNoSend) {
   Repeat(1, [this](Dice& dice) { SendOrCancel(dice); });
   Repeat(2, [this](Dice& dice) { SendOrCancel(dice); });
   Repeat(3, [this](Dice& dice) { Disturb(dice); });
+  const int storages[] = {NS_SMS::SMS_LOCAL, NS_SMS::SMS_LOCAL, NS_SMS::SMS_SIM, NS_SMS::SMS_NV};
   for (unsigned int client = 0; client < 4; ++client) {
-    const int storage = client == 3 ? NS_SMS::SMS_SIM : NS_SMS::SMS_LOCAL;
+    const int storage = storages[client];
     Repeat(10 + client, [this, storage](Dice& dice) { UseRecords(dice, storage); });
   }
   Repeat(20, [&, this](Dice&) {
@@ -270,25 +401,35 @@ TEST_F(Race, LosesNoMessageAndNoSend) {
       m_pService->DeRegCallBack(&client);
     }
   });
+  Repeat(21, [this](Dice&) {
+    m_pService->RegisterCallBackForMms(&TakeMms);
+    Pause(20);
+    m_pService->UnRegisterCallBackForMms(&TakeMms);
+    Pause(1);
+  });
   Pause((seconds == nullptr ? 2 : std::atoi(seconds)) * 1000);
   Finish();
-  m_client.SetHook(nullptr);
   ComeToRest();
+  m_client.SetHook(nullptr);
 
-  EXPECT_LT(0, m_iArrived);
-  EXPECT_LT(0, m_iDirect);
+  EXPECT_THAT(m_ledger.Missing(), ::testing::IsEmpty()) << "every message has arrived";
+  for (const char* kind : {"stored text", "direct text", "stored mms", "direct flash", "long"}) {
+    EXPECT_LT(0, m_ledger.Count(kind)) << kind;
+  }
+  for (const char* once : {"direct text", "direct report", "direct voicemail"}) {
+    const auto rows = CountRows(once, &Row::sender);
+    EXPECT_EQ(static_cast<std::size_t>(m_ledger.Count(once)), rows.size());
+    EXPECT_TRUE(std::all_of(rows.begin(), rows.end(), [](const auto& row) { return row.second == 1; })) << once;
+  }
+  EXPECT_EQ(m_iBroadcasts, CountRows("!", &Row::content)["!"]);
   const int runs = m_trace.Count("send end");
   EXPECT_LT(0, runs);
   EXPECT_EQ(m_iAccepted, runs + m_trace.Count(kDropped)) << "every request was carried out or dropped with a line";
-  EXPECT_EQ(static_cast<std::size_t>(runs), Contents({"send "}).size()) << "every run is in the send box";
-  EXPECT_EQ(static_cast<std::size_t>(m_iArrived + m_iDirect), Received().size()) << "every message has arrived";
-  for (const auto& direct : CountContents({"direct "})) {
-    EXPECT_EQ(1, direct.second) << direct.first;
-  }
-  RecordProperty("sends", runs);
-  RecordProperty("messages", m_iArrived + m_iDirect);
-  std::printf("%d sends, %d dropped, %d stored and %d direct messages\n", runs, m_trace.Count(kDropped),
-              m_iArrived.load(), m_iDirect.load());
+  EXPECT_EQ(static_cast<std::size_t>(runs), CountRows("send ", &Row::content).size()) << "every run is in the send box";
+  EXPECT_EQ(DraftsLeft(), Drafts()) << "a draft that was removed is gone, one that was not is there";
+  std::printf("%d sends, %d dropped, %d texts stored and %d direct, %d long, %d broadcasts, %d drafts\n", runs,
+              m_trace.Count(kDropped), m_ledger.Count("stored text"), m_ledger.Count("direct text"),
+              m_ledger.Count("long"), m_iBroadcasts.load(), m_iDrafts.load());
 }
 
 }  // namespace
