@@ -5,6 +5,7 @@ namespace LockRank {
 enum : int {
   kSendThread = 100,      // CSMSServiceImpl::m_MutexSendThread: a whole send
   kDeviceMgrEvent = 200,  // CSMSServiceImpl::m_OnDeviceMgrEvent: a whole event
+  kAwaitDirect = 250,     // CSMSServiceImpl::m_MutexAwaitDirect: waiting until a direct message is stored
   kNewMsgHandle = 300,    // CSMSServiceImpl::m_MutexNewMsgHandle
   kNewMsg = 310,          // CSMSServiceImpl::m_MutexNewMsg
   kDeviceRead = 400,      // CDeviceSMSImpl::m_MutexReadSMS: a load of a device memory

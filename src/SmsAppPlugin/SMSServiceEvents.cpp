@@ -17,6 +17,7 @@
 namespace {
 
 const unsigned int kCheckPeriodMs = 1000;
+const unsigned int kDirectLimitMs = 10000;  // the network waits 12 to 20 seconds (3GPP TS 24.011, 10.2)
 
 /// The Enter and Leave lines of a handled event.
 class CEventTrace {
@@ -68,12 +69,31 @@ SMReadRecord RecordOfBroadcast(const CBSMessage& page) {
 bool CSMSServiceImpl::OnUniCommEvent(unsigned long dwEvent, void* pData) { return OnDeviceMgrEvent(dwEvent, pData); }
 
 bool CSMSServiceImpl::OnDeviceMgrEvent(unsigned long dwEvent, void* pData) {
-  const CISAPUGuard<JMutex> guard(m_OnDeviceMgrEvent);
+  const bool bDirect = dwEvent == WMS_NEW_SMS_DIRECT_NOTIFY || dwEvent == WMS_REPORT_STATUS_DIRECT;
   try {
-    return HandleEvent(dwEvent, pData);
+    const bool bKnown = HandleEventAlone(dwEvent, pData);
+    if (bDirect) {
+      AwaitDirectStored();
+    }
+    return bKnown;
   }
   SMS_LET_CANCELLATION_PASS catch (...) {
     return true;  // the event is known; what failed in it is a client's or another plug-in's matter
+  }
+}
+
+bool CSMSServiceImpl::HandleEventAlone(unsigned long dwEvent, void* pData) {
+  const CISAPUGuard<JMutex> guard(m_OnDeviceMgrEvent);
+  return HandleEvent(dwEvent, pData);
+}
+
+void CSMSServiceImpl::AwaitDirectStored() {
+  if (!m_bRegister || !m_receiver.IsRunning() || m_MutexCallback.IsHeldByThisThread()) {
+    return;  // nobody takes it from the queue, or not before this thread goes on
+  }
+  const unsigned long uQueued = m_uDirectQueued;
+  const CISAPUGuard<JMutex> guard(m_MutexAwaitDirect);
+  while (m_uDirectDone < uQueued && !m_bExitReceving && m_hEventDirectDone.WaitForSingleObject(kDirectLimitMs) == 0) {
   }
 }
 
@@ -154,6 +174,7 @@ void CSMSServiceImpl::QueueDirect(const SMReadRecord& stRecord) {
   try {
     const CISAPUGuard<JMutex> guard(m_MutexNewMsg);
     m_lstNewMsg.push_back(stRecord);
+    ++m_uDirectQueued;
   }
   SMS_LET_CANCELLATION_PASS catch (...) {
     ServiceTrace("Info: CSMSServiceImpl::OnDeviceMgrEvent() SMReadRecord* point invalid");

@@ -79,6 +79,9 @@ CSMSServiceImpl::CSMSServiceImpl()
       m_bRegister(false),
       m_pfnOnMmsCommEvent(nullptr),
       m_bHideDoubleModeCardNode(false),
+      m_MutexAwaitDirect(LockRank::kAwaitDirect, "m_MutexAwaitDirect"),
+      m_uDirectQueued(0),
+      m_uDirectDone(0),
       m_MutexMoveNewMsg(LockRank::kMoveNewMsg, "m_MutexMoveNewMsg"),
       m_MutexSendStart(LockRank::kSendStart, "m_MutexSendStart"),
       m_bSendEnding(false),
@@ -103,6 +106,7 @@ void CSMSServiceImpl::Construct() {
                         &m_MutexReadNewMsg, &m_OnDeviceMgrEvent}) {
     mutex->Init();
   }
+  m_hEventDirectDone.Init(false, false);
   m_hEventSendOK.Init(false, false);
   m_hEventSendFail.Init(false, false);
   m_hEventCancelMsg.Init(false, false);
@@ -151,6 +155,7 @@ CSMSServiceImpl::~CSMSServiceImpl() {
   try {
     { const CISAPUGuard<JMutex> lastEvent(m_OnDeviceMgrEvent); }
     EndThreads();
+    { const CISAPUGuard<JMutex> lastWait(m_MutexAwaitDirect); }
     DeleteStores();
     m_bExitReceving = true;
     const CISAPUGuard<JMutex> guard(m_MutexCallback);
@@ -163,6 +168,7 @@ CSMSServiceImpl::~CSMSServiceImpl() {
 void CSMSServiceImpl::EndThreads() {
   m_bExitReceving = true;
   m_hEventReceive.SetEvent();
+  m_hEventDirectDone.SetEvent();
   m_receiver.EndThread(kEndLimitSeconds);
   if (m_pSendSMSThread != nullptr) {
     if (m_pSendSMSThread->IsRunning()) {

@@ -158,7 +158,12 @@ private:
   void SaveGroup(CSMSRecordImpl& record, const VELK_wstring& strNumbers, int iResult);
   void SetSendPriority(CSMSRecordImpl& record);
 
-  // events, all with m_OnDeviceMgrEvent held
+  // events
+  /// Until the receive thread has stored what was queued so far; gives up when nothing is stored for ten seconds. The
+  /// driver acknowledges a direct message to the network when its event returns.
+  void AwaitDirectStored();
+  bool HandleEventAlone(unsigned long dwEvent, void* pData);
+  // all with m_OnDeviceMgrEvent held
   /// @return false: the number is unknown.
   bool HandleEvent(unsigned long dwEvent, void* pData);
   void OnSysmodeChanged();
@@ -263,6 +268,10 @@ private:
   pfnOnMmsCommEvent m_pfnOnMmsCommEvent;  // guarded by m_MutexCallback
   std::atomic<bool> m_bHideDoubleModeCardNode;
 
+  JMutex m_MutexAwaitDirect;                   // one event waits at a time
+  std::atomic<unsigned long> m_uDirectQueued;  // direct messages ever queued
+  std::atomic<unsigned long> m_uDirectDone;    // and handled
+  JEvent m_hEventDirectDone;                   // one has been handled, or the receive thread shall end
   JMutex m_MutexMoveNewMsg;         // one message of a notice, from its reading to the end of the device copy
   JMutex m_MutexSendStart;          // taking a request or a cancel
   std::atomic<bool> m_bSendEnding;  // the parts of the run are over, its thread is about to end

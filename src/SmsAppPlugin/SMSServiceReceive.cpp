@@ -264,6 +264,13 @@ void CSMSServiceImpl::TakeDirect() {
   if (m_lstNewMsg.empty()) {
     return;
   }
+  struct CDoneAtEnd {
+    CSMSServiceImpl& service;
+    ~CDoneAtEnd() {
+      ++service.m_uDirectDone;
+      service.m_hEventDirectDone.SetEvent();
+    }
+  } const done{*this};
   std::list<SMReadRecord> taken;
   taken.splice(taken.begin(), m_lstNewMsg, m_lstNewMsg.begin());
   HandleDirect(taken.front());

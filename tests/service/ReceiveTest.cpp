@@ -253,16 +253,25 @@ TEST_F(Receiving, DropsADirectMessageThatCannotBeStored) {
   EXPECT_TRUE(CServiceAccess::Direct(*m_pService).empty());
 }
 
+TEST_F(Receiving, HasStoredADirectMessageWhenItsEventReturns) {
+  ASSERT_TRUE(StartIdle());
+  for (int message = 1; message <= 20; ++message) {
+    Direct(MakeReadRecord("111", u"text"));
+    EXPECT_EQ(message, m_pService->GetSMSRecordSet(NS_SMS::SMS_LOCAL)->GetRecordCount());
+  }
+}
+
 TEST_F(Receiving, KeepsADirectMessageUntilTheTransactionOfAClientEnds) {
   ASSERT_TRUE(StartIdle());
   ASSERT_EQ(0, m_pService->BeginTransaction());
-  Direct(MakeReadRecord("111", u"patient"));
-  ASSERT_TRUE(AwaitIdle()) << "it waits for the database";
+  std::thread driver([this] { Direct(MakeReadRecord("111", u"patient")); });
+  ASSERT_TRUE(m_clock.AwaitTimedWaiters(3, 100, 10000)) << "it waits for the database, and its event for it";
   for (int times = 1; times <= 3; ++times) {
     m_clock.Advance(10000);
     ASSERT_TRUE(m_trace.AwaitLine("SaveMsg error", 5000, times));
     ASSERT_TRUE(AwaitIdle());
   }
+  driver.join();
   EXPECT_EQ(0, m_client.Count("OnNewMessage"));
   EXPECT_EQ(0, m_pService->EndTransaction());
   ASSERT_TRUE(AwaitIdle());
