@@ -77,12 +77,13 @@ void EnterPin(CQuestions& questions, ModemFacts& facts) {
 
 }  // namespace
 
-void AskCardState(CQuestions& questions, ModemFacts& facts) {
+bool AskCardState(CQuestions& questions, ModemFacts& facts) {
   const AtReply reply = questions.AskPatiently("+CPIN?", "+CPIN:", CQuestions::kSlowLimitMs);
   ReadSimState(Parameter(reply, 0), facts);
   if (reply.final == AtReply::Final::kCmeError && reply.code == kNotInserted) {
     facts.sim = SIM_STATE_NONE;
   }
+  return reply.final != AtReply::Final::kNoAnswer && reply.final != AtReply::Final::kLineGone;
 }
 
 void AskCard(CQuestions& questions, const ModemProfile* profile, ModemFacts& facts) {

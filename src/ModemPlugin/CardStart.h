@@ -14,7 +14,8 @@ namespace modem {
 void AskCard(CQuestions& questions, const ModemProfile* profile, ModemFacts& facts);
 
 /// The card's state alone.
-void AskCardState(CQuestions& questions, ModemFacts& facts);
+/// @return false: the modem gave no answer.
+bool AskCardState(CQuestions& questions, ModemFacts& facts);
 
 /// What "+CPIN:" tells of the card.
 void ReadSimState(const std::string& state, ModemFacts& facts);

@@ -471,8 +471,7 @@ void CModem::AskCardAgain() {
   if (const auto connection = CurrentConnection()) {
     CQuestions questions(connection->dialogue);
     ModemFacts told;
-    AskCardState(questions, told);
-    if (!connection->dialogue.HasRestarted()) {
+    if (AskCardState(questions, told)) {
       ApplyCard(told.sim, told.pin);
     }
   }

@@ -1,9 +1,13 @@
-// Plays the dialogues of dialogues/*.at: the test is the modem, and the client of the driver.
+// Plays the dialogues of dialogues/*.at and of tests/dialogues/*.at: the test is the modem, and the client of the
+// driver.
 //
 //   # a comment
 //   -> TEXT             the driver sends TEXT and a carriage return; none behind <1A> or <1B>
 //   <- TEXT             the modem's next line; ">" is the prompt. Also behind "-> TEXT" and two blanks
 //   <~ BYTES            the modem sends these bytes and nothing else
+//   ? TEXT              what the modem answers to TEXT whenever it comes: the "<-" and "<~" lines behind and below
+//   once TEXT           the same for one time, before all other times
+//   echo                the modem gives back what it gets, until it has answered ATE0
 //   flood COUNT         the modem sends so many octets that make no line
 //   play NAME           the lines of NAME.part
 //   do OPERATION        a client asks for it; see CClient
@@ -33,20 +37,21 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <optional>
 #include <set>
 #include <sstream>
 
 namespace {
 
-std::vector<std::string> Dialogues() {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(MODEM_DIALOGUES)) {
+std::vector<std::string> DialoguesOf(const char* folder) {
+  std::vector<std::string> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     if (entry.path().extension() == ".at") {
-      names.push_back(entry.path().stem());
+      paths.push_back(entry.path());
     }
   }
-  std::sort(names.begin(), names.end());
-  return names;
+  std::sort(paths.begin(), paths.end());
+  return paths;
 }
 
 std::string Trimmed(const std::string& text) {
@@ -91,6 +96,9 @@ public:
     }
     if (what == "facts") {
       return Facts();
+    }
+    if (what == "identity") {
+      return Identity();
     }
     if (what == "send") {
       return Answer(m_service.SMSSendMsg(Part(first, rest), &status), status, "queued");
@@ -141,6 +149,17 @@ private:
                        facts.serviceCentre + ", acknowledges " + (facts.acknowledges ? "yes" : "no") + ", memories";
     for (const SMS_MEM memory : facts.memories) {
       text += memory == SMS_MEM_SM ? " SM" : " ME";
+    }
+    return text;
+  }
+
+  std::string Identity() const {
+    const modem::ModemFacts facts = m_modem.Facts();
+    std::string text = facts.model + " | " + facts.revision + " | imei " + facts.imei + " | iccid " + facts.iccid +
+                       " | imsi " + facts.imsi + " | signal " + std::to_string(facts.signal) + " | new ones in " +
+                       facts.received + " by";
+    for (const int value : facts.indications) {
+      text += " " + std::to_string(value);
     }
     return text;
   }
@@ -225,13 +244,13 @@ public:
     m_modem.Stop();
   }
 
-  void PlayFile(const std::string& name) {
-    const std::string path = MODEM_DIALOGUES "/" + name;
+  void PlayFile(const std::filesystem::path& path) {
     std::ifstream file(path);
     ASSERT_TRUE(file) << path;
+    m_folder = path.parent_path();
     int number = 0;
     for (std::string line; std::getline(file, line) && !testing::Test::HasFailure();) {
-      SCOPED_TRACE(path + ":" + std::to_string(++number) + " " + line);
+      SCOPED_TRACE(path.string() + ":" + std::to_string(++number) + " " + line);
       Play(line);
     }
   }
@@ -246,6 +265,13 @@ public:
   }
 
 private:
+  /// A line of the table of answers.
+  struct Row {
+    bool once;
+    std::string command;
+    std::string bytes;
+  };
+
   void Play(const std::string& line) {
     std::istringstream words(line);
     std::string first;
@@ -254,22 +280,38 @@ private:
     if (first.empty() || first[0] == '#') {
       return;
     }
-    if (first == "->") {
-      const std::size_t reply = line.find("  <- ");
-      EXPECT_EQ(Bytes(Trimmed(line.substr(2, reply == std::string::npos ? reply : reply - 2))), m_line->AwaitHost());
-      if (reply != std::string::npos) {
-        Reply(Trimmed(line.substr(reply + 5)));
+    const std::size_t behind = line.find("  <- ");
+    const std::string reply = behind == std::string::npos ? "" : Said(Trimmed(line.substr(behind + 5)));
+    const std::string text = Bytes(Trimmed(line.substr(first.size(), behind - (reply.empty() ? 0 : first.size()))));
+    if (m_row && (first == "<-" || first == "<~")) {
+      m_row->bytes += first == "<-" ? Said(rest) : Bytes(rest);
+      return;
+    }
+    FinishRow();
+    if (first == "?" || first == "once") {
+      m_row = Row{first == "once", text, reply};
+    } else if (first == "->") {
+      EXPECT_EQ(text, m_line->AwaitHost());
+      if (!reply.empty()) {
+        m_line->Say(reply);
       }
-    } else if (first == "<-") {
-      Reply(rest);
-    } else if (first == "<~") {
-      m_line->Say(Bytes(rest));
+    } else if (first == "<-" || first == "<~") {
+      m_line->Say(first == "<-" ? Said(rest) : Bytes(rest));
     } else {
       Happen(first, rest);
     }
   }
 
-  void Reply(const std::string& text) { m_line->Say(text == ">" ? "\r\n> " : "\r\n" + Bytes(text) + "\r\n"); }
+  void FinishRow() {
+    if (m_row && m_row->once) {
+      m_line->AnswerOnce(m_row->command, m_row->bytes);
+    } else if (m_row) {
+      m_line->Answer(m_row->command, m_row->bytes);
+    }
+    m_row.reset();
+  }
+
+  static std::string Said(const std::string& text) { return text == ">" ? "\r\n> " : "\r\n" + Bytes(text) + "\r\n"; }
 
   /// Events of different threads come in any order.
   void ExpectEvents(const std::string& text) {
@@ -295,7 +337,9 @@ private:
 
   void Happen(const std::string& what, const std::string& rest) {
     if (what == "play") {
-      PlayFile(rest + ".part");
+      PlayFile(m_folder / (rest + ".part"));
+    } else if (what == "echo") {
+      m_line->Echo();
     } else if (what == "flood") {
       m_line->Say(std::string(std::stoul(rest), 'x'));
     } else if (what == "do") {
@@ -335,6 +379,8 @@ private:
     }
   }
 
+  std::filesystem::path m_folder;  // of the file that is played
+  std::optional<Row> m_row;        // the last line, if it was one
   CTempHome m_home;
   JManualClock m_clock;
   const std::shared_ptr<CScriptedLine> m_line = std::make_shared<CScriptedLine>();
@@ -349,18 +395,19 @@ class Dialogue : public testing::TestWithParam<std::string> {};
 
 TEST_P(Dialogue, GoesAsWritten) {
   CPlayer player;
-  player.PlayFile(GetParam() + ".at");
+  player.PlayFile(GetParam());
   if (!HasFailure()) {
     player.ExpectNothingMore();
   }
 }
 
 std::string TestName(const testing::TestParamInfo<std::string>& info) {
-  std::string name = info.param;
+  std::string name = std::filesystem::path(info.param).stem();
   std::replace(name.begin(), name.end(), '-', '_');
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Modem, Dialogue, testing::ValuesIn(Dialogues()), TestName);
+INSTANTIATE_TEST_SUITE_P(Modem, Dialogue, testing::ValuesIn(DialoguesOf(MODEM_DIALOGUES)), TestName);
+INSTANTIATE_TEST_SUITE_P(Maker, Dialogue, testing::ValuesIn(DialoguesOf(MAKER_DIALOGUES)), TestName);
 
 }  // namespace

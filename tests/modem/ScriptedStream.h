@@ -4,6 +4,8 @@
 #include "Await.h"
 #include "ByteStream.h"
 
+#include <deque>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -25,6 +27,18 @@ public:
   void Say(const std::string& bytes) {
     m_monitor.Locked([&] { m_state.toHost += bytes; });
     m_monitor.Await([this] { return !m_state.open || (m_state.toHost.empty() && m_state.reading); });
+  }
+  /// Answers a command whenever it comes, so that nobody has to AwaitHost() it; "" answers nothing.
+  void Answer(const std::string& command, const std::string& bytes) {
+    m_monitor.Locked([&] { m_answers[command] = bytes; });
+  }
+  /// The same for one time, before all other times.
+  void AnswerOnce(const std::string& command, const std::string& bytes) {
+    m_monitor.Locked([&] { m_once[command].push_back(bytes); });
+  }
+  /// The modem gives back what it gets until ATE0 is answered.
+  void Echo() {
+    m_monitor.Locked([&] { m_bEcho = true; });
   }
   /// The line breaks, as when the modem is unplugged.
   void HangUp() {
@@ -90,7 +104,7 @@ private:
       return m_line->m_monitor.Locked([&] {
         State& state = m_line->m_state;
         if (state.open && !state.blocked) {
-          state.fromHost += bytes;
+          m_line->TakeLocked(bytes);
         }
         return state.open && !state.blocked;
       });
@@ -105,6 +119,28 @@ private:
     const int m_iNumber;
   };
 
+  void TakeLocked(const std::string& bytes) {
+    m_state.toHost += m_bEcho ? bytes : "";
+    m_state.fromHost += bytes;
+    const std::size_t begin = m_state.fromHost.find_last_of("\r\x1A\x1B", m_state.fromHost.size() - 2) + 1;
+    const std::string command = m_state.fromHost.substr(begin, m_state.fromHost.size() - begin - 1);
+    const auto once = m_once.find(command);
+    const bool hasOnce = once != m_once.end() && !once->second.empty();
+    const auto always = m_answers.find(command);
+    if (bytes.back() != '\r' || (!hasOnce && always == m_answers.end())) {
+      return;
+    }
+    m_state.fromHost.erase(begin);
+    m_state.toHost += hasOnce ? once->second.front() : always->second;
+    m_bEcho = m_bEcho && command.rfind("ATE0", 0) != 0;
+    if (hasOnce) {
+      once->second.pop_front();
+    }
+  }
+
   CMonitor m_monitor;
   State m_state;
+  std::map<std::string, std::string> m_answers;
+  std::map<std::string, std::deque<std::string>> m_once;
+  bool m_bEcho = false;
 };
