@@ -2,7 +2,7 @@
 
 import re
 
-from peers import LONG_TEXT, OTHER_NUMBER, UNICODE_TEXT, PeerTest, main
+from peers import LONG_TEXT, OTHER_NUMBER, OWN_NUMBER, UNICODE_TEXT, PeerTest, main
 
 
 class Gammu(PeerTest):
@@ -76,6 +76,12 @@ class Gammu(PeerTest):
         reply = self.gammu('savesms TEXT -folder 2 -text "kept"', "getallsms")
         self.assertIn('folder "Outbox"', reply)
         self.assertIn("\nkept\n", reply)
+
+    def test_AsksForTheBalance(self):
+        self.assertIn("Balance: 12.34 EUR", self.gammu("getussd *100#"))
+
+    def test_ReadsTheOwnNumber(self):
+        self.assertIn(f'"{OWN_NUMBER}"', self.gammu("getallmemory ON"))
 
     def test_ReadsServiceCentreAndNetwork(self):
         reply = self.gammu("getsmsc", "networkinfo")

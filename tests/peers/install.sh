@@ -3,7 +3,7 @@
 # cannot be done it says so in one line and ends well: the tests then skip.
 set -u
 
-packages=(gammu gammu-smsd libdbd-sqlite3 smstools)
+packages=(gammu gammu-smsd libdbd-sqlite3 gnokii-cli smstools)
 # the tables of gammu-smsd come as documentation, which small images leave out
 schema=/usr/share/doc/gammu-smsd/examples
 

@@ -17,6 +17,7 @@ OWN_NUMBER = "+491710000001"
 OTHER_NUMBER = "+491720000002"
 LONG_TEXT = "The quick brown fox jumps over the lazy dog {again}. " * 8  # braces: two septets each
 UNICODE_TEXT = "Grüße, 日本語 😀"
+BASIC_PLANE_TEXT = "Grüße, 日本語"  # for programs that leave out what takes a surrogate pair
 
 
 def await_that(holds, what):
@@ -94,9 +95,9 @@ class PeerTest(unittest.TestCase):
     def environment(self):
         return {"HOME": str(self.folder), "PATH": search_path(), "LC_ALL": "C.UTF-8"}
 
-    def run_program(self, *command):
+    def run_program(self, *command, typed=""):
         """What the program prints; it has to succeed."""
-        done = subprocess.run(command, env=self.environment(), cwd=self.folder, stdin=subprocess.DEVNULL,
+        done = subprocess.run(command, env=self.environment(), cwd=self.folder, input=typed.encode("utf-8"),
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=DEADLINE_S)
         text = done.stdout.decode("utf-8", "replace")
         self.assertEqual(done.returncode, 0, f"{' '.join(command)}:\n{text}")

@@ -2,9 +2,8 @@
 
 import getpass
 
-from peers import LONG_TEXT, OTHER_NUMBER, UNICODE_TEXT, PeerTest, await_that, main
+from peers import BASIC_PLANE_TEXT, LONG_TEXT, OTHER_NUMBER, UNICODE_TEXT, PeerTest, await_that, main
 
-BASIC_PLANE_TEXT = "Grüße, 日本語"
 REFUSED_NUMBER = "+491720000028"
 FOLDERS = ("outgoing", "checked", "incoming", "report", "sent", "failed")
 
@@ -85,7 +84,6 @@ class Smstools(PeerTest):
         self.assertEqual(text, LONG_TEXT.strip())
 
     def test_SendsUnicode(self):
-        # smsd leaves characters beyond the basic plane out
         self.spool(OTHER_NUMBER, BASIC_PLANE_TEXT, "Alphabet: UTF-8")
         self.await_message("sent")
         message, = self.modem.sent()
