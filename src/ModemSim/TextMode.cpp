@@ -264,12 +264,8 @@ std::string TextOf(const sms_pdu::Validity& validity) {
 }
 
 bool ParseTime(const std::string& text, sms_pdu::TimeStamp* out) {
-  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, zone = 0, end = 0;
-  if (std::sscanf(text.c_str(), "%2d/%2d/%2d,%2d:%2d:%2d%3d%n", &year, &month, &day, &hour, &minute, &second, &zone,
-                  &end) != 7 ||
-      static_cast<std::size_t>(end) != text.size()) {
-    return false;
-  }
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, zone = 0;
+  std::sscanf(text.c_str(), "%2d/%2d/%2d,%2d:%2d:%2d%3d", &year, &month, &day, &hour, &minute, &second, &zone);
   sms_pdu::TimeStamp time;
   time.year = static_cast<WORD>(2000 + year);
   time.month = static_cast<BYTE>(month);
@@ -279,8 +275,8 @@ bool ParseTime(const std::string& text, sms_pdu::TimeStamp* out) {
   time.second = static_cast<BYTE>(second);
   time.zoneQuarters = static_cast<std::int8_t>(zone);
   BYTE octets[sms_pdu::kTimeStampOctets];
-  sms_pdu::EncodeTimeStamp(time, octets);  // seven zeros, which read as no time, when there is no such day
-  return sms_pdu::DecodeTimeStamp(octets, out) && out->month != 0;
+  sms_pdu::EncodeTimeStamp(time, octets);  // zeros, which read as no time, when there is no such day
+  return sms_pdu::DecodeTimeStamp(octets, out) && TextOf(*out) == text;
 }
 
 int TypeOf(const sms_pdu::Address& address) { return 0x80 | address.typeOfNumber << 4 | address.numberingPlan; }

@@ -180,6 +180,7 @@ TEST(SimulatedModem, SurvivesNoise) {
       bytes += random() % 10 ? pool[random() % pool.size()] : static_cast<char>(random());
     }
     if (random() % 3 == 0) bytes = "\x1B\rAT+CMG" + bytes;
+    if (random() % 100 == 0) bytes = "\x1B\rAT+CMGF=" + std::to_string(random() % 2) + '\r';
     if (random() % 50 == 0) desk.modem.HangUp();
     if (random() % 20 == 0) desk.modem.Arrive(MakeMessage());
     desk.Say(bytes);
