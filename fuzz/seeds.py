@@ -31,6 +31,7 @@ def seeds_of_message(row):
     tpdu = octets[front:]
     yield target, ROOM + tpdu
     yield "first_octet", ROOM + tpdu
+    yield "pdu_line", bytes([2 if target == "submit" else 0, 0]) + (octets if row["centre"] else b"\0" + octets)
     yield "address", ROOM + octets[:front]
     yield "address", ROOM + tpdu[1:14] if target == "deliver" else ROOM + tpdu[2:15]
     dcs = row["want"].get("dcs", 0)
@@ -76,6 +77,7 @@ def seed_of_dialogue(commands, options, answers):
 def seeds_of(row):
     if row["as"] in ("page", "message"):
         yield "cell_broadcast", ROOM + octets_of(row["hex"])
+        yield "pdu_line", b"\0\1" + row["hex"].encode()
     else:
         yield from seeds_of_message(row)
 

@@ -3,7 +3,6 @@
 
 #include "SMSDef.h"
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -51,7 +50,7 @@ private:
   static bool IsUnread(const Memory& memory, MSG_HANDLE hMsg, const StoredPdu& message);
 
   std::mutex m_lock;
-  std::array<Memory, 2> m_memories;  // guarded by m_lock; SIM, modem
+  Memory m_memories[2];  // guarded by m_lock; SIM, modem
 };
 
 }  // namespace modem
