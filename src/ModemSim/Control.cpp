@@ -3,8 +3,10 @@
 
 #include "ControlRequest.h"
 #include "Delivery.h"
+#include "FaultRequest.h"
+#include "Pages.h"
 #include "Pieces.h"
-#include "WapPush.h"
+#include "PushEncoder.h"
 
 #include <algorithm>
 
@@ -19,7 +21,6 @@ const std::size_t kMostData = 255 * 140;
 struct Bench {
   CSimulatedModem& modem;
   IModemWorld& world;
-  IModemLine& line;
 };
 
 std::string Hex(const BYTE* octets, std::size_t size) {
@@ -158,9 +159,11 @@ const char* NameOf(PageFate fate) {
     case PageFate::NotWanted:
       return "not wanted by +CNMI";
     case PageFate::NoNetwork:
+      return "no network";
+    case PageFate::Unencodable:
       break;
   }
-  return "no network";
+  return "text and \"dcs\" do not fit together";
 }
 
 Json OnPage(CControlRequest& request, Bench& bench) {
@@ -168,11 +171,11 @@ Json OnPage(CControlRequest& request, Bench& bench) {
   const WORD channel = static_cast<WORD>(request.Number("channel", 0, 65535, 50));
   const VELK_wstring text = FromUtf8(request.Text("text"));
   const bool single = request.Has("page") || request.Has("pages");
-  const int count = request.Number("pages", 1, kMostPages, 1);
+  const int count = request.Number("pages", 1, static_cast<int>(sms_pdu::kBroadcastPages), 1);
   const int page = request.Number("page", 1, count, 1);
   const int dcs = request.Number("dcs", 0, 255, -1);
   request.Finish();
-  std::vector<BroadcastPage> pages;
+  std::vector<sms_pdu::BroadcastPage> pages;
   Require(MakePages(serial, channel, text, &pages), "\"text\" takes more than 15 pages");
   Require(!single || pages.size() == 1, "\"text\" takes " + std::to_string(pages.size()) +
                                             " pages; leave \"page\" and \"pages\" out to send them all");
@@ -181,7 +184,7 @@ Json OnPage(CControlRequest& request, Bench& bench) {
     pages[0].pages = static_cast<BYTE>(count);
   }
   PageFate fate = PageFate::Shown;
-  for (BroadcastPage& one : pages) {
+  for (sms_pdu::BroadcastPage& one : pages) {
     if (dcs >= 0) one.dcs = static_cast<BYTE>(dcs);
     fate = bench.modem.Broadcast(one);
   }
@@ -193,16 +196,14 @@ Json OnPage(CControlRequest& request, Bench& bench) {
 
 Json OnUnplug(CControlRequest& request, Bench& bench) {
   request.Finish();
-  bench.modem.PowerOff();
-  bench.line.Unplug();
+  bench.modem.Unplug();
   return Json::object();
 }
 
 Json OnPlug(CControlRequest& request, Bench& bench) {
   std::string error;
   request.Finish();
-  Require(bench.line.Plug(&error), error);
-  bench.modem.PowerOn();
+  Require(bench.modem.Plug(&error), error);
   return Json::object();
 }
 
@@ -247,6 +248,27 @@ Json OnSim(CControlRequest& request, Bench& bench) {
                       : word == "absent" ? CardState::Absent
                                          : CardState::Busy,
                       pin);
+  return Json::object();
+}
+
+Json OnFault(CControlRequest& request, Bench& bench) {
+  CFaults& faults = bench.modem.Faults();
+  if (request.Text("kind", "") == "none") {
+    request.Finish();
+    faults.Clear();
+  } else {
+    const Fault fault = TakeFault(request);
+    request.Finish();
+    faults.Add(fault);
+  }
+  return {{"rules", faults.Count()}};
+}
+
+Json OnLine(CControlRequest& request, Bench& bench) {
+  Require(request.Has("baud"), "\"baud\" is missing");
+  const int baud = request.Number("baud", 0, 4000000, 0);
+  request.Finish();
+  bench.modem.SetBaud(baud);
   return Json::object();
 }
 
@@ -351,7 +373,10 @@ Json OnFill(CControlRequest& request, Bench& bench) {
 
 Json OnState(CControlRequest& request, Bench& bench) {
   request.Finish();
-  return {{"powered", bench.modem.Powered()}, {"waiting", bench.modem.Waiting()}, {"sent", bench.modem.Sent().size()}};
+  return {{"powered", bench.modem.Powered()},
+          {"faults", bench.modem.Faults().Count()},
+          {"waiting", bench.modem.Waiting()},
+          {"sent", bench.modem.Sent().size()}};
 }
 
 struct Entry {
@@ -360,10 +385,10 @@ struct Entry {
 };
 
 const Entry kRequests[] = {
-    {"deliver", OnDeliver}, {"pdu", OnPdu},       {"report", OnReport}, {"page", OnPage},
-    {"push", OnPush},       {"unplug", OnUnplug}, {"plug", OnPlug},     {"restart", OnRestart},
-    {"network", OnNetwork}, {"signal", OnSignal}, {"sim", OnSim},       {"call", OnCall},
-    {"sent", OnSent},       {"memory", OnMemory}, {"fill", OnFill},     {"state", OnState},
+    {"deliver", OnDeliver}, {"pdu", OnPdu},     {"report", OnReport},   {"page", OnPage},       {"push", OnPush},
+    {"unplug", OnUnplug},   {"plug", OnPlug},   {"restart", OnRestart}, {"network", OnNetwork}, {"signal", OnSignal},
+    {"sim", OnSim},         {"call", OnCall},   {"sent", OnSent},       {"memory", OnMemory},   {"fill", OnFill},
+    {"state", OnState},     {"fault", OnFault}, {"line", OnLine},
 };
 
 Json CarryOut(const std::string& line, Bench& bench) {
@@ -383,7 +408,7 @@ std::string Line(const Json& answer) { return answer.dump(-1, ' ', false, Json::
 }  // namespace
 
 std::string CControl::Answer(const std::string& request) {
-  Bench bench = {m_modem, m_world, m_line};
+  Bench bench = {m_modem, m_world};
   try {
     Json answer = CarryOut(request, bench);
     answer["ok"] = true;

@@ -20,7 +20,6 @@ const int kCmeInvalidDialString = 27;
 const int kCmeNoNetwork = 30;
 const int kCmeIncorrectParameters = 50;
 
-const int kCmsNetworkOutOfOrder = 38;
 const int kCmsNotAllowed = 302;
 const int kCmsInvalidPduParameter = 304;
 const int kCmsInvalidTextParameter = 305;

@@ -7,6 +7,7 @@ namespace modem_sim {
 namespace {
 
 const int kRingMs = 5000;
+const int kPukTries = 10;
 
 }  // namespace
 
@@ -24,6 +25,7 @@ void CSimulatedModem::SetCard(CardState state, const std::string& pin) {
   if ((state == CardState::Pin || state == CardState::Puk) && m_strPin.empty()) m_strPin = m_strUnusedPin;
   m_card = state;
   m_iPinTries = state == CardState::Puk ? 0 : kPinTries;
+  m_iPukTries = kPukTries;
   RegistrationChanged(before);
 }
 
@@ -47,6 +49,17 @@ void CSimulatedModem::EndCall() {
   Unsolicited("NO CARRIER");
 }
 
+void CSimulatedModem::Unplug() {
+  PowerOff();
+  m_world.Unplug();
+}
+
+bool CSimulatedModem::Plug(std::string* error) {
+  if (!m_world.Plug(error)) return false;
+  PowerOn();
+  return true;
+}
+
 void CSimulatedModem::PowerOff() {
   ++m_uLife;
   if (!m_bPowered) return;
@@ -55,6 +68,9 @@ void CSimulatedModem::PowerOff() {
   m_bPowered = false;
   m_state = State::Command;
   m_strCaller.clear();
+  m_strSlow.clear();
+  m_bWritingSlowly = false;
+  m_bMute = false;
   m_lstInformation.clear();
   m_lstUnsolicited.clear();
   m_lstBuffered.clear();
@@ -66,6 +82,7 @@ void CSimulatedModem::PowerOn() {
   m_bPowered = true;
   m_iFunctionality = 1;
   if (m_card == CardState::Ready && !m_strPin.empty()) m_card = CardState::Pin;
+  if (m_options.profile->start) WriteText(m_options.profile->start);
   HandOver();
 }
 
@@ -90,6 +107,7 @@ int CSimulatedModem::Fill(Memory memory) {
   }
   int filled = 0;
   while (Store(memory).Add(stored) != 0) ++filled;
+  if (filled != 0) TellFull(memory);
   return filled;
 }
 

@@ -9,8 +9,6 @@ namespace modem_sim {
 namespace {
 
 const char kMaker[] = "SmsApp";
-const char kModel[] = "Simulated Modem";
-const char kSerial[] = "004999010640000";      // test equipment: type allocation code 00499901
 const char kSubscriber[] = "001010123456789";  // test network 001 01
 const char kOperatorLong[] = "SmsApp Test Network";
 const char kOperatorShort[] = "SmsApp";
@@ -20,6 +18,14 @@ std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
 bool IsPin(const std::string& text) {
   return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Some programs leave the quotation marks out.
+std::string WithQuotes(const std::string& values) {
+  if (values.find('"') != std::string::npos) return values;
+  const std::size_t comma = values.find(',');
+  const std::string first = Quoted(values.substr(0, comma));
+  return comma == std::string::npos ? first : first + ',' + Quoted(values.substr(comma + 1));
 }
 
 bool Known(const AtCommand& command, const char* name) { return command.name == name; }
@@ -61,6 +67,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"+CFUN", &M::OnFunctionality},
       {"+CREG", &M::OnRegistration},
       {"+CGREG", &M::OnRegistration},
+      {"+CEREG", &M::OnRegistration},
       {"+COPS", &M::OnOperator},
       {"+CGATT", &M::OnAttachment},
       {"+CSCS", &M::OnCharacterSet},
@@ -131,18 +138,18 @@ CSimulatedModem::Result CSimulatedModem::Inform(const AtCommand& command, const 
 
 CSimulatedModem::Result CSimulatedModem::OnIdentity(const AtCommand& command) {
   if (Known(command, "I")) {
-    Inform(std::string(kMaker) + ' ' + kModel);
+    Inform(std::string(kMaker) + ' ' + m_options.profile->model);
     Inform(kVersion);
     return Ok();
   }
   if (Known(command, "+CGMI") || Known(command, "+GMI")) return Inform(command, kMaker);
-  if (Known(command, "+CGMM") || Known(command, "+GMM")) return Inform(command, kModel);
+  if (Known(command, "+CGMM") || Known(command, "+GMM")) return Inform(command, m_options.profile->model);
   if (Known(command, "+CGMR") || Known(command, "+GMR")) return Inform(command, kVersion);
-  return Inform(command, kSerial);
+  return Inform(command, m_options.profile->serial);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnCapabilities(const AtCommand& command) {
-  return Inform(command, "+GCAP: +CGSM");
+  return Inform(command, m_options.profile->capabilities);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnSubscriber(const AtCommand& command) {
@@ -186,12 +193,11 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
   }
   if (CardReady()) return Cme(kCmeNotAllowed);
   if (m_card == CardState::Absent || m_card == CardState::Busy) return CardLocked();
-  // Some programs leave the quotation marks out.
-  const bool quoted = !command.values.empty() && command.values.front() == '"';
-  const CValues values(quoted ? command.values : '"' + command.values + '"');
+  const CValues values(WithQuotes(command.values));
   std::string pin;
   if (!values.Valid() || !values.Text(0, &pin) || !IsPin(pin)) return Cme(kCmeIncorrectParameters);
-  if (m_card == CardState::Puk || pin != m_strPin) {
+  if (m_card == CardState::Puk) return Unblock(values);
+  if (pin != m_strPin) {
     m_iPinTries = std::max(m_iPinTries - 1, 0);
     if (m_iPinTries == 0) m_card = CardState::Puk;
     return Cme(kCmeIncorrectPassword);
@@ -244,24 +250,27 @@ bool CSimulatedModem::Registered() const {
   return OnAir() && CardReady() && (m_network == NetworkState::Home || m_network == NetworkState::Roaming);
 }
 
-/// <stat> of +CREG and +CGREG.
+/// <stat> of +CREG, +CGREG and +CEREG.
 std::string CSimulatedModem::RegistrationState() const {
   return std::to_string(static_cast<int>(OnAir() && CardReady() ? m_network : NetworkState::None));
 }
 
 std::string CSimulatedModem::Registration(int mode) const {
-  return RegistrationState() + (mode == 2 && Registered() ? ",\"0001\",\"0001\"" : "");
+  if (mode != 2 || !Registered()) return RegistrationState();
+  const int technology = m_options.profile->accessTechnology;
+  return RegistrationState() + ",\"0001\",\"0001\"" + (technology < 0 ? "" : ',' + std::to_string(technology));
 }
 
 void CSimulatedModem::RegistrationChanged(const std::string& before) {
   if (RegistrationState() == before) return;
   if (m_iCircuitMode != 0) Unsolicited("+CREG: " + Registration(m_iCircuitMode));
   if (m_iPacketMode != 0) Unsolicited("+CGREG: " + Registration(m_iPacketMode));
+  if (m_iEpsMode != 0) Unsolicited("+CEREG: " + Registration(m_iEpsMode));
   HandOver();
 }
 
 CSimulatedModem::Result CSimulatedModem::OnRegistration(const AtCommand& command) {
-  int& mode = Known(command, "+CREG") ? m_iCircuitMode : m_iPacketMode;
+  int& mode = Known(command, "+CREG") ? m_iCircuitMode : Known(command, "+CGREG") ? m_iPacketMode : m_iEpsMode;
   switch (command.form) {
     case AtCommand::Form::Test:
       Inform(command.name + ": (0-2)");
@@ -295,7 +304,9 @@ CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {
   if (command.form == AtCommand::Form::Read) {
     const std::string format = std::to_string(m_iOperatorFormat);
     const std::string name = Quoted(kNames[m_iOperatorFormat]);
-    Inform("+COPS: 0" + (Registered() ? ',' + format + ',' + name + ",2" : std::string()));
+    const int technology = m_options.profile->accessTechnology;
+    const std::string suffix = technology < 0 ? "" : ',' + std::to_string(technology);
+    Inform("+COPS: 0" + (Registered() ? ',' + format + ',' + name + suffix : std::string()));
     return Ok();
   }
   if (command.form == AtCommand::Form::Test) {

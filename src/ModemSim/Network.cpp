@@ -33,24 +33,36 @@ CSimulatedModem::Result CSimulatedModem::Send(const StoredMessage& message, cons
   if (sms_pdu::DecodeSubmit(tpdu, message.tpduLength, &submit) != sms_pdu::PduError::None) {
     return Cms(kCmsInvalidPduParameter);
   }
-  m_world.After(m_options.latencyMs,
-                [this, message, submit, replyName, accepted = std::move(accepted), life = m_uLife] {
-                  if (life != m_uLife) return;  // the power went before the message was out
-                  const Result verdict = Judge(submit);
-                  if (verdict.kind == Result::Kind::Ok) {
-                    Inform(std::string(replyName) + ": " + std::to_string(m_btReference));
-                    if (accepted) accepted();
-                    Note(message, submit);
-                    Carry(submit, m_btReference++);
-                  }
-                  Finish(verdict);
-                });
+  const auto judge = [this, message, submit, replyName, accepted = std::move(accepted), life = m_uLife] {
+    if (life != m_uLife) return;  // the power went before the message was out
+    const Result verdict = Judge(submit);
+    if (verdict.kind == Result::Kind::Ok) {
+      Inform(std::string(replyName) + ": " + std::to_string(m_btReference));
+      if (accepted) accepted();
+      Note(message, submit);
+      Carry(submit, m_btReference++);
+      if (HangsUp(HangUpPoint::BeforeVerdict)) return;
+    }
+    const Fault* const late = m_faults.Strike(FaultKind::Late, m_strCommand);
+    TellVerdict(verdict, late ? late->milliseconds : 0);
+  };
+  m_world.After(m_options.latencyMs, judge);
   return Later();
+}
+
+void CSimulatedModem::TellVerdict(const Result& verdict, int milliseconds) {
+  if (milliseconds == 0) {
+    Finish(verdict);
+    return;
+  }
+  m_world.After(milliseconds, [this, verdict, life = m_uLife] {
+    if (life == m_uLife) Finish(verdict);
+  });
 }
 
 CSimulatedModem::Result CSimulatedModem::Judge(const sms_pdu::Submit& submit) {
   if (!Registered()) return Cms(kCmsNoNetwork);
-  if (++m_iSends == m_options.refuseNth) return Cms(kCmsNetworkOutOfOrder);
+  if (const Fault* const fault = m_faults.Strike(FaultKind::Refuse, m_strCommand)) return Cms(fault->code);
   const std::string number = NumberOf(submit.destination);
   for (const auto& [refused, code] : m_options.refusals) {
     if (SameNumber(refused, number)) return Cms(code);
@@ -110,12 +122,17 @@ bool CSimulatedModem::ArriveTpdu(const std::vector<BYTE>& tpdu) {
   return QueueTpdu(tpdu.data(), tpdu.size(), std::move(incoming));
 }
 
-PageFate CSimulatedModem::Broadcast(const BroadcastPage& page) {
+PageFate CSimulatedModem::Broadcast(const sms_pdu::BroadcastPage& page) {
+  std::vector<BYTE> octets(sms_pdu::kPageOctets);
+  std::size_t size = 0;
+  if (sms_pdu::EncodePage(page, octets.data(), octets.size(), &size) != sms_pdu::PduError::None)
+    return PageFate::Unencodable;
   if (!Registered()) return PageFate::NoNetwork;
-  if (!m_broadcastIds.Contains(page.channel)) return PageFate::NotSelected;
+  if (!m_broadcastIds.Contains(page.messageId)) return PageFate::NotSelected;
   if (!m_broadcastCodings.Empty() && !m_broadcastCodings.Contains(page.dcs)) return PageFate::NotSelected;
   if (m_indications[kBm] != 2) return PageFate::NotWanted;
-  Indicate(PageLines(page));
+  octets.resize(size);
+  Indicate(PageLines(page, octets));
   return PageFate::Shown;
 }
 
@@ -201,8 +218,16 @@ bool CSimulatedModem::HandOverStored(const Incoming& incoming) {
     Indicate(std::string(incoming.isReport ? "+CDSI: \"" : "+CMTI: \"") + NameOf(memory) + "\"," +
              std::to_string(index));
   }
+  TellFull(memory);
   Delivered(incoming);
   return true;
+}
+
+void CSimulatedModem::TellFull(Memory memory) {
+  const CMessageStore& store = Store(memory);
+  if (m_options.profile->tellsFullMemory && m_indications[kMt] != 0 && store.Used() == store.Capacity()) {
+    Indicate(std::string("^SMMEMFULL: \"") + NameOf(memory) + '"');
+  }
 }
 
 /// An unsolicited line that obeys +CNMI <mode>.

@@ -2,7 +2,6 @@
 #include "PtyPort.h"
 
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
 
 #include <fcntl.h>
@@ -13,12 +12,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <cstring>
-#include <ctime>
-#include <memory>
-#include <utility>
 
 namespace modem_sim {
 namespace {
@@ -40,7 +35,7 @@ bool MakeRaw(int descriptor) {
 
 }  // namespace
 
-CPtyPort::CPtyPort(asio::io_context& context) : m_context(context), m_master(context), m_watch(context) {}
+CPtyPort::CPtyPort(asio::io_context& context) : CAsioWorld(context), m_master(context), m_watch(context) {}
 
 CPtyPort::~CPtyPort() { Close(); }
 
@@ -123,7 +118,7 @@ void CPtyPort::ReadMore() {
   const auto take = [this, life = m_uLife](const boost::system::error_code& error, std::size_t count) {
     if (error || life != m_uLife) return;
     m_pModem->Receive(m_input.data(), count);
-    ReadMore();
+    if (life == m_uLife) ReadMore();  // a modem may pull its own line out
   };
   m_master.async_read_some(asio::buffer(m_input), take);
 }
@@ -140,7 +135,7 @@ void CPtyPort::WatchMore() {
   const auto take = [this, life = m_uLife](const boost::system::error_code& error, std::size_t count) {
     if (error || life != m_uLife) return;
     OnOpenedOrClosed(count);
-    WatchMore();
+    if (life == m_uLife) WatchMore();
   };
   m_watch.async_read_some(asio::buffer(m_events), take);
 }
@@ -176,28 +171,6 @@ void CPtyPort::WriteMore() {
     if (!error || life != m_uLife) WriteMore();
   };
   asio::async_write(m_master, asio::buffer(m_strWriting), next);
-}
-
-void CPtyPort::After(int milliseconds, std::function<void()> call) {
-  const auto timer = std::make_shared<asio::steady_timer>(m_context, std::chrono::milliseconds(milliseconds));
-  timer->async_wait([timer, call = std::move(call)](const boost::system::error_code& error) {
-    if (!error) call();
-  });
-}
-
-sms_pdu::TimeStamp CPtyPort::Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  sms_pdu::TimeStamp time;
-  time.year = static_cast<WORD>(local.tm_year + 1900);
-  time.month = static_cast<BYTE>(local.tm_mon + 1);
-  time.day = static_cast<BYTE>(local.tm_mday);
-  time.hour = static_cast<BYTE>(local.tm_hour);
-  time.minute = static_cast<BYTE>(local.tm_min);
-  time.second = static_cast<BYTE>(local.tm_sec > 59 ? 59 : local.tm_sec);
-  time.zoneQuarters = static_cast<std::int8_t>(local.tm_gmtoff / 900);
-  return time;
 }
 
 }  // namespace modem_sim

@@ -1,7 +1,7 @@
 // The serial port of a simulated modem: a pseudo-terminal.
 #pragma once
 
-#include "Control.h"
+#include "AsioWorld.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
@@ -14,7 +14,7 @@ namespace modem_sim {
 /// Threads: the one that runs the io_context. Life: the modem given to Start() must outlive the running of the
 /// io_context. The other side may close and open the port again at any time; what it has not read by then is gone, as
 /// on a serial line.
-class CPtyPort : public IModemWorld, public IModemLine {
+class CPtyPort : public CAsioWorld {
 public:
   explicit CPtyPort(boost::asio::io_context& context);
   ~CPtyPort();
@@ -35,8 +35,6 @@ public:
   bool Plug(std::string* error) override;
 
   void Write(const std::string& bytes) override;
-  void After(int milliseconds, std::function<void()> call) override;
-  sms_pdu::TimeStamp Now() override;
 
 private:
   void Close();
@@ -47,7 +45,6 @@ private:
   void WatchMore();
   void OnOpenedOrClosed(std::size_t count);
 
-  boost::asio::io_context& m_context;
   boost::asio::posix::stream_descriptor m_master;
   boost::asio::posix::stream_descriptor m_watch;  // inotify on the device
   int m_iSlave = -1;                              // kept open, so that the other side's closing is no end of file here

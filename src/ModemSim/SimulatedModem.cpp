@@ -26,13 +26,17 @@ const std::size_t kBackspace = 5;
 CSimulatedModem::CSimulatedModem(const ModemOptions& options, IModemWorld& world)
     : m_options(options),
       m_world(world),
-      m_card(options.pin.empty() ? CardState::Ready : CardState::Pin),
-      m_strPin(options.pin),
       m_network(options.network),
+      m_iSignal(options.signal),
       m_strServiceCentre(options.serviceCentre),
       m_saved{options.serviceCentre, {}},
-      m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)} {
+      m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)},
+      m_iBaud(options.baud) {
   ResetSettings();
+  SetCard(options.card == CardState::Ready && !options.pin.empty() ? CardState::Pin : options.card, options.pin);
+  if (options.simFull) Fill(Memory::Sim);
+  if (options.meFull) Fill(Memory::Equipment);
+  for (const Fault& fault : options.faults) m_faults.Add(fault);
 }
 
 void CSimulatedModem::ResetSettings() {
@@ -47,6 +51,7 @@ void CSimulatedModem::ResetSettings() {
   m_iFormat = 0;
   m_iCircuitMode = 0;
   m_iPacketMode = 0;
+  m_iEpsMode = 0;
   m_iOperatorFormat = 0;
   m_iMoreMessages = 0;
   m_iBearer = 1;
@@ -60,8 +65,7 @@ void CSimulatedModem::ResetSettings() {
 }
 
 void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
-  if (!m_bPowered) return;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < count && m_bPowered; ++i) {
     if (m_state == State::Busy) {
       m_strHeld.append(bytes + i, std::min(count - i, kHeldLimit - m_strHeld.size()));
       return;
@@ -83,7 +87,7 @@ void CSimulatedModem::HangUp() {
 }
 
 void CSimulatedModem::TakeCommandCharacter(char c) {
-  if (m_bEcho) m_world.Write(std::string(1, c));
+  if (m_bEcho) Put(std::string(1, c));
   switch (m_line.Take(c, static_cast<char>(m_registers[kTerminator]), static_cast<char>(m_registers[kBackspace]))) {
     case CAtLine::Event::Line:
       m_strBody = m_line.Body();
@@ -104,6 +108,7 @@ void CSimulatedModem::TakeCommandCharacter(char c) {
 void CSimulatedModem::TakePromptCharacter(char c) {
   if (c == kCtrlZ || c == kEscape) {
     m_state = State::Busy;
+    if (HangsUp(HangUpPoint::AfterOctets)) return;
     const std::string text = std::move(m_strPrompt);
     const auto use = std::move(m_usePrompt);
     if (c == kEscape) {
@@ -114,14 +119,14 @@ void CSimulatedModem::TakePromptCharacter(char c) {
     if (result.kind != Result::Kind::Later) Finish(result);
     return;
   }
-  if (m_bEcho) m_world.Write(std::string(1, c));
+  if (m_bEcho) Put(std::string(1, c));
   if (c == static_cast<char>(m_registers[kBackspace])) {
     if (!m_strPrompt.empty()) m_strPrompt.pop_back();
   } else if (m_strPrompt.size() == kPromptLimit) {
     m_bPromptTooLong = true;
   } else if (c == '\r' && m_bPromptLines) {
     m_strPrompt += '\n';
-    m_world.Write(kPrompt);
+    Put(kPrompt);
   } else if (c != '\r' && c != '\n') {
     m_strPrompt += c;
   }
@@ -129,12 +134,14 @@ void CSimulatedModem::TakePromptCharacter(char c) {
 
 void CSimulatedModem::OpenPrompt(std::function<Result(const std::string&)> use, bool lines) {
   WriteInformation();
+  if (HangsUp(HangUpPoint::BeforePrompt)) return;
   m_usePrompt = std::move(use);
   m_strPrompt.clear();
   m_bPromptTooLong = false;
   m_bPromptLines = lines;
   m_state = State::Prompt;
-  m_world.Write(kPrompt);
+  Put(kPrompt);
+  HangsUp(HangUpPoint::AfterPrompt);
 }
 
 void CSimulatedModem::StartLine(const std::string& body) {
@@ -147,19 +154,94 @@ void CSimulatedModem::StartLine(const std::string& body) {
 void CSimulatedModem::RunLine() {
   AtCommand command;
   while (NextCommand(m_strBody, &m_uPosition, &command)) {
-    const Result result = Execute(command);
-    if (result.kind == Result::Kind::Later) return;
-    WriteInformation();
-    if (result.kind != Result::Kind::Ok) {
-      End(result);
-      return;
+    const int latency = LatencyOf(command.name);
+    if (latency == 0) {
+      if (!Step(command)) return;
+      continue;
     }
+    m_world.After(latency, [this, command, life = m_uLife] {
+      if (life == m_uLife && Step(command)) RunLine();
+    });
+    return;
   }
   End(m_uPosition == m_strBody.size() ? Ok() : Error());
 }
 
+/// @return whether the line goes on now.
+bool CSimulatedModem::Step(const AtCommand& command) {
+  m_strCommand = command.name;
+  if (Misbehaves(command.name)) return false;
+  const Result result = Execute(command);
+  if (result.kind == Result::Kind::Later) return false;
+  WriteInformation();
+  if (result.kind == Result::Kind::Ok) return true;
+  End(result);
+  return false;
+}
+
+int CSimulatedModem::LatencyOf(const std::string& command) const {
+  const auto found = m_options.latencies.find(command);
+  return found == m_options.latencies.end() ? 0 : found->second;
+}
+
+/// @return true: the command is not carried out.
+bool CSimulatedModem::Misbehaves(const std::string& command) {
+  if (const Fault* const fault = m_faults.Strike(FaultKind::Garbage, command)) {
+    Put(std::string(fault->octets.begin(), fault->octets.end()));
+  }
+  if (m_faults.Strike(FaultKind::Drop, command)) m_bMute = true;
+  const Fault* const fault = m_faults.Strike(FaultKind::Restart, command);
+  if (fault) Restart(fault->milliseconds);
+  return fault != nullptr;
+}
+
+/// Whether the line has vanished here.
+bool CSimulatedModem::HangsUp(HangUpPoint point) {
+  const Fault* const fault = m_faults.StrikeAt(point, m_strCommand);
+  if (!fault) return false;
+  const int milliseconds = fault->milliseconds;
+  Unplug();
+  if (milliseconds == 0) return true;
+  m_world.After(milliseconds, [this, life = m_uLife] {
+    std::string ignored;
+    if (life == m_uLife) Plug(&ignored);
+  });
+  return true;
+}
+
+/// The only way out.
+void CSimulatedModem::Put(const std::string& bytes) {
+  if (!m_bPowered) return;
+  if (m_iBaud == 0 && m_strSlow.empty()) {
+    m_world.Write(bytes);
+    return;
+  }
+  m_strSlow += bytes;
+  if (!m_bWritingSlowly) PutSlowly();
+}
+
+/// A tenth of a second's octets at a time.
+void CSimulatedModem::PutSlowly() {
+  const int kSlicesASecond = 10;
+  const int kBitsAnOctet = 10;
+  m_bWritingSlowly = !m_strSlow.empty();
+  if (m_strSlow.empty()) return;
+  const int octets = std::max(1, m_iBaud / kBitsAnOctet / kSlicesASecond);
+  const std::size_t count = m_iBaud == 0 ? m_strSlow.size() : std::min(m_strSlow.size(), std::size_t(octets));
+  m_world.After(m_iBaud == 0 ? 0 : static_cast<int>(count) * kBitsAnOctet * 1000 / m_iBaud,
+                [this, count, life = m_uLife] {
+                  if (life != m_uLife) return;
+                  m_world.Write(m_strSlow.substr(0, count));
+                  m_strSlow.erase(0, count);
+                  PutSlowly();
+                });
+}
+
 CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
-  for (const auto* const table : {&GeneralCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()}) {
+  const std::vector<std::string>& lacks = m_options.profile->lacks;
+  if (std::find(lacks.begin(), lacks.end(), command.name) != lacks.end()) return Error();
+  for (const auto* const table :
+       {&GeneralCommands(), &ProfileCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()}) {
     const auto found =
         std::find_if(table->begin(), table->end(), [&](const Entry& entry) { return command.name == entry.name; });
     if (found != table->end()) return (this->*found->handler)(command);
@@ -212,6 +294,7 @@ void CSimulatedModem::Finish(const Result& result) {
 void CSimulatedModem::End(const Result& result) {
   WriteInformation();
   WriteResult(result);
+  m_bMute = false;
   m_state = State::Command;
   FlushUnsolicited();
   const std::string held = std::move(m_strHeld);
@@ -230,15 +313,15 @@ void CSimulatedModem::WriteInformation() {
   std::string text;
   for (const std::string& line : m_lstInformation) text += (text.empty() ? "" : LineEnd()) + line;
   m_lstInformation.clear();
-  WriteText(text);
+  if (!m_bMute) WriteText(text);
 }
 
 void CSimulatedModem::WriteText(const std::string& text) {
-  m_world.Write((m_bVerbose ? LineEnd() : std::string()) + text + LineEnd());
+  Put((m_bVerbose ? LineEnd() : std::string()) + text + LineEnd());
 }
 
 void CSimulatedModem::WriteResult(const Result& result) {
-  if (m_bQuiet) return;
+  if (m_bQuiet || m_bMute) return;
   const char* word = "OK";
   char digit = '0';
   switch (result.kind) {
@@ -269,7 +352,7 @@ void CSimulatedModem::WriteResult(const Result& result) {
   if (m_bVerbose) {
     WriteText(word);
   } else {
-    m_world.Write({digit, static_cast<char>(m_registers[kTerminator])});
+    Put({digit, static_cast<char>(m_registers[kTerminator])});
   }
 }
 

@@ -3,7 +3,7 @@
 
 #include "AtCommand.h"
 #include "AtLine.h"
-#include "BroadcastPage.h"
+#include "CellBroadcast.h"
 #include "MessageStore.h"
 #include "ModemOptions.h"
 #include "NumberSet.h"
@@ -29,16 +29,19 @@ public:
   virtual void After(int milliseconds, std::function<void()> call) = 0;
   /// Time of the service centre.
   virtual sms_pdu::TimeStamp Now() = 0;
+  /// The port vanishes, and comes back. A world without a cable does nothing.
+  virtual void Unplug() {}
+  /// @return false: *error says why.
+  virtual bool Plug(std::string*) { return true; }
 
 protected:
   ~IModemWorld() {}
 };
 
-enum class CardState { Ready, Pin, Puk, Absent, Busy };
 enum class Memory : std::size_t { Sim = 0, Equipment = 1 };
 
 /// What became of a broadcast page.
-enum class PageFate { Shown, NotSelected, NotWanted, NoNetwork };
+enum class PageFate { Shown, NotSelected, NotWanted, NoNetwork, Unencodable };
 
 /// A message that the network has accepted.
 struct SentMessage {
@@ -73,7 +76,7 @@ public:
   /// The same for the octets of an SMS-DELIVER or SMS-STATUS-REPORT, damaged ones too.
   /// @return false: there are none or more than a TPDU has, or the centre keeps too many already.
   bool ArriveTpdu(const std::vector<BYTE>& tpdu);
-  PageFate Broadcast(const BroadcastPage& page);
+  PageFate Broadcast(const sms_pdu::BroadcastPage& page);
   /// Messages and reports that the centre has not been able to hand over yet.
   std::size_t Waiting() const { return m_lstWaiting.size(); }
   /// The last kSentLimit accepted messages, in order; valid until the modem does something.
@@ -91,6 +94,10 @@ public:
   /// Somebody calls: RING every five seconds until EndCall() or ATH.
   void Ring(const std::string& number);
   void EndCall();
+  /// The power goes with the line, and comes with it.
+  void Unplug();
+  /// @return false: *error says why.
+  bool Plug(std::string* error);
   /// Without power the modem hears and says nothing; with it, it starts with the settings of ATZ and a locked card.
   void PowerOff();
   void PowerOn();
@@ -103,6 +110,9 @@ public:
   /// Fills the free places with messages of the service centre.
   /// @return how many they were.
   int Fill(Memory memory);
+  CFaults& Faults() { return m_faults; }
+  /// @param baud  speed of what the modem writes, ten bits an octet; 0: at once.
+  void SetBaud(int baud) { m_iBaud = baud; }
 
 private:
   static const int kPinTries = 3;
@@ -165,6 +175,12 @@ private:
   void TakePromptCharacter(char c);
   void StartLine(const std::string& body);
   void RunLine();
+  bool Step(const AtCommand& command);
+  bool Misbehaves(const std::string& command);
+  bool HangsUp(HangUpPoint point);
+  int LatencyOf(const std::string& command) const;
+  void Put(const std::string& bytes);
+  void PutSlowly();
   Result Execute(const AtCommand& command);
   bool FindNumber(const AtCommand& command, Result* out);
   void Finish(const Result& result);
@@ -235,6 +251,12 @@ private:
   void TellUssd(const std::string& code);
   std::string CallerLine() const;
 
+  // What only some profiles have: ProfileCommands.cpp
+  static const std::vector<Entry>& ProfileCommands();
+  Result OnSystemInfo(const AtCommand& command);
+  Result OnPinTries(const AtCommand& command);
+  Result Unblock(const CValues& values);
+
   // 3GPP TS 27.005: MessageCommands.cpp
   static const std::vector<Entry>& MessageCommands();
   Result OnService(const AtCommand& command);
@@ -276,10 +298,11 @@ private:
   TextView View() const { return {m_characterSet, m_iShowHeader == 1}; }
   std::string Joined(const std::string& name, const TextLines& lines) const;
   std::string DirectLines(const Incoming& incoming) const;
-  std::string PageLines(const BroadcastPage& page) const;
+  std::string PageLines(const sms_pdu::BroadcastPage& page, const std::vector<BYTE>& octets) const;
 
   // The network: Network.cpp
   Result Send(const StoredMessage& message, const char* replyName, std::function<void()> accepted);
+  void TellVerdict(const Result& verdict, int milliseconds);
   Result Judge(const sms_pdu::Submit& submit);
   void Carry(const sms_pdu::Submit& submit, BYTE reference);
   bool Wrap(const BYTE* tpdu, std::size_t size, StoredMessage* out) const;
@@ -297,6 +320,7 @@ private:
   void Acknowledged(bool accepted);
   void PutBack();
   void RingOnce(std::uint64_t call);
+  void TellFull(Memory memory);
 
   // constant after construction
   const ModemOptions m_options;
@@ -313,6 +337,10 @@ private:
   std::function<Result(const std::string&)> m_usePrompt;
   std::vector<std::string> m_lstInformation;
   std::deque<std::string> m_lstUnsolicited;
+  std::string m_strCommand;  // under execution
+  bool m_bMute = false;      // this line gets no reply
+  std::string m_strSlow;     // not yet written at this speed
+  bool m_bWritingSlowly = false;
   std::string m_strHeld;                  // typed while a command is carried out
   std::deque<std::string> m_lstBuffered;  // indications that +CNMI <mode> 0 keeps back
 
@@ -325,6 +353,7 @@ private:
   int m_iFormat = 0;
   int m_iCircuitMode = 0;
   int m_iPacketMode = 0;
+  int m_iEpsMode = 0;
   int m_iOperatorFormat = 0;
   int m_iMoreMessages = 0;
   int m_iBearer = 1;
@@ -343,6 +372,7 @@ private:
   std::string m_strPin;                 // empty: no lock
   std::string m_strUnusedPin = "1234";  // while there is no lock
   int m_iPinTries = 3;
+  int m_iPukTries = 10;
   NetworkState m_network = NetworkState::Home;
   int m_iSignal = 20;
   int m_iFunctionality = 1;
@@ -356,9 +386,11 @@ private:
   std::array<CMessageStore, 2> m_stores;
   std::array<Memory, 3> m_memories{Memory::Sim, Memory::Sim, Memory::Sim};
 
+  CFaults m_faults;
+  int m_iBaud = 0;
+
   // the network
   BYTE m_btReference = 0;
-  int m_iSends = 0;
   std::deque<SentMessage> m_lstSent;
   std::string m_strCaller;  // empty: nobody calls
   std::uint64_t m_uCall = 0;

@@ -194,9 +194,8 @@ std::string CSimulatedModem::DirectLines(const Incoming& incoming) const {
 }
 
 /// +CBM in the mode of +CMGF.
-std::string CSimulatedModem::PageLines(const BroadcastPage& page) const {
-  if (TextMode()) return Joined("+CBM: ", PageText(page, View()));
-  const std::vector<BYTE> octets = EncodePage(page);
+std::string CSimulatedModem::PageLines(const sms_pdu::BroadcastPage& page, const std::vector<BYTE>& octets) const {
+  if (TextMode()) return Joined("+CBM: ", PageText(page, octets, View()));
   return "+CBM: " + std::to_string(octets.size()) + LineEnd() + HexOf(octets);
 }
 

@@ -166,25 +166,6 @@ TextLines WithStatus(const StoredMessage& message, TextLines lines) {
   return lines;
 }
 
-/// Whether a page holds text of the GSM alphabet (3GPP TS 23.038, 5); reserved values read as such.
-bool IsGsm7Page(BYTE dcs) {
-  switch (dcs >> 4) {
-    case 0x1:
-      return dcs != 0x11;  // UCS-2 behind a language
-    case 0x4:
-    case 0x5:
-    case 0x6:
-    case 0x7:
-      return (dcs & 0x2C) == 0;  // neither compressed nor another alphabet
-    case 0x9:
-      return false;  // behind a header
-    case 0xF:
-      return (dcs & 0x04) == 0;
-    default:
-      return true;
-  }
-}
-
 std::string WithoutLineEnds(const std::string& typed) {
   std::string digits = typed;
   digits.erase(std::remove(digits.begin(), digits.end(), '\n'), digits.end());
@@ -293,21 +274,14 @@ TextLines ArrivingText(const StoredMessage& message, const TextView& view) {
   return IsReport(message) ? ShowReport(message, view.set) : ShowOpened(message, view);
 }
 
-TextLines PageText(const BroadcastPage& page, const TextView& view) {
+TextLines PageText(const sms_pdu::BroadcastPage& page, const std::vector<BYTE>& octets, const TextView& view) {
   TextLines lines;
-  lines.values = std::to_string(page.serial) + ',' + std::to_string(page.channel) + ',' + std::to_string(page.dcs) +
+  lines.values = std::to_string(page.serial) + ',' + std::to_string(page.messageId) + ',' + std::to_string(page.dcs) +
                  ',' + std::to_string(page.page) + ',' + std::to_string(page.pages);
-  const std::size_t count = page.content.size() * 8 / 7;
-  if (!IsGsm7Page(page.dcs)) {
-    lines.text = HexOf(page.content.data(), page.content.size());
-    return lines;
-  }
-  std::vector<BYTE> septets(count);
-  sms_pdu::UnpackSeptets(page.content.data(), page.content.size(), 0, septets.data(), count);
-  VELK_wstring text(count, u'\0');
-  text.resize(sms_pdu::SeptetsToText(septets.data(), count, SMS_NLI(), text.data()));
-  while (!text.empty() && text.back() == u'\r') text.pop_back();  // what pages are filled up with
-  lines.text = Encode(view.set, text);
+  const std::size_t front = sms_pdu::kPageOctets - sms_pdu::kPageContentOctets;
+  const bool gsm7 = sms_pdu::ParsePageCoding(page.dcs).coding == sms_pdu::Coding::Gsm7;
+  lines.text = gsm7 ? Encode(view.set, VELK_wstring(page.text, page.textLength))
+                    : HexOf(octets.data() + front, octets.size() - front);
   return lines;
 }
 

@@ -1,7 +1,7 @@
 // Messages as text mode shows and takes them (3GPP TS 27.005, 3).
 #pragma once
 
-#include "BroadcastPage.h"
+#include "CellBroadcast.h"
 #include "CharacterSet.h"
 #include "MessageStore.h"
 #include "SmsPdu.h"
@@ -37,8 +37,9 @@ struct TextLines {
 TextLines ListedText(const StoredMessage& message, const TextView& view);
 TextLines ReadText(const StoredMessage& message, const TextView& view);
 TextLines ArrivingText(const StoredMessage& message, const TextView& view);
-/// Shown by +CBM.
-TextLines PageText(const BroadcastPage& page, const TextView& view);
+/// Shown by +CBM; other alphabets than the GSM one as the octets they are.
+/// @param octets  the whole page.
+TextLines PageText(const sms_pdu::BroadcastPage& page, const std::vector<BYTE>& octets, const TextView& view);
 
 /// <stat> in text mode, without quotation marks.
 const char* TextOf(MessageStatus status);

@@ -1,5 +1,7 @@
-// modem-sim: a simulated modem on a pseudo-terminal.
+// modem-sim: a simulated modem on a pseudo-terminal or a TCP port.
 #include "ControlSocket.h"
+#include "FaultRequest.h"
+#include "LoopbackPort.h"
 #include "PtyPort.h"
 #include "SimulatedModem.h"
 
@@ -9,6 +11,7 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -16,14 +19,18 @@
 
 namespace {
 
+using modem_sim::CardState;
 using modem_sim::ModemOptions;
+using modem_sim::NetworkState;
 
 const int kUsageError = 2;
+const int kLongestMs = 600000;
 
 struct Arguments {
   ModemOptions modem;
   std::string link;
   std::string control;
+  int tcp = -1;  // no TCP
   bool exitWithStdin = false;
 };
 
@@ -34,27 +41,87 @@ std::string CheckNumber(const std::string& number) {
   return dialled ? "" : "\"" + number + "\" is no number; write digits, with a + in front when international";
 }
 
-/// NUMBER=CODE
-std::string TakeRefusal(const std::string& text, ModemOptions* options) {
+/// NAME=NUMBER
+bool Divide(const std::string& text, int lowest, int highest, std::string* name, int* number) {
   const std::size_t sign = text.find('=');
-  int code = 0;
-  if (sign != std::string::npos) {
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data() + sign + 1, end, code);
-    if (error != std::errc() || stop != end) code = 0;
-  }
-  if (code < 1 || code > 999) return "\"" + text + "\" is not NUMBER=CODE with a code of 1 to 999";
-  options->refusals[text.substr(0, sign)] = code;
-  return CheckNumber(text.substr(0, sign));
+  if (sign == std::string::npos || sign == 0) return false;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data() + sign + 1, end, *number);
+  *name = text.substr(0, sign);
+  return error == std::errc() && stop == end && *number >= lowest && *number <= highest;
 }
 
-void Describe(CLI::App* app, Arguments* arguments) {
-  ModemOptions* const modem = &arguments->modem;
-  const CLI::Validator number(CheckNumber, "NUMBER");
-  const CLI::Validator refusal([modem](const std::string& text) { return TakeRefusal(text, modem); }, "NUMBER=CODE");
-  app->add_option("--link", arguments->link, "make a symbolic link to the port, removed at the end")->type_name("PATH");
+std::string TakeRefusal(const std::string& text, ModemOptions* options) {
+  std::string number;
+  int code = 0;
+  if (!Divide(text, 1, 999, &number, &code)) return "\"" + text + "\" is not NUMBER=CODE with a code of 1 to 999";
+  options->refusals[number] = code;
+  return CheckNumber(number);
+}
+
+std::string TakeLatency(const std::string& text, ModemOptions* options) {
+  std::string command;
+  int milliseconds = 0;
+  if (!Divide(text, 0, kLongestMs, &command, &milliseconds)) {
+    return "\"" + text + "\" is not COMMAND=MS, +COPS=3000, with at most " + std::to_string(kLongestMs) + " ms";
+  }
+  for (char& c : command) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  options->latencies[command] = milliseconds;
+  return "";
+}
+
+std::string TakeFault(const std::string& text, ModemOptions* options) {
+  modem_sim::Fault fault;
+  std::string error;
+  if (!modem_sim::ParseFault(text, &fault, &error)) return error;
+  options->faults.push_back(fault);
+  return "";
+}
+
+std::string CheckPin(const std::string& pin) {
+  const bool digits = pin.find_first_not_of("0123456789") == std::string::npos;
+  return digits && pin.size() >= 4 && pin.size() <= 8 ? "" : "a PIN or PUK has 4 to 8 digits";
+}
+
+void RefuseNth(int nth, ModemOptions* options) {
+  modem_sim::Fault fault;
+  fault.every = nth;
+  fault.times = 1;
+  options->faults.push_back(fault);
+}
+
+/// An option that may be given several times; take answers what is wrong.
+void AddRepeated(CLI::App* app, const std::string& name, const std::string& form, const std::string& help,
+                 ModemOptions* options, std::string (*take)(const std::string&, ModemOptions*)) {
+  const auto takeAll = [name, options, take](const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+      const std::string error = take(text, options);
+      if (!error.empty()) throw CLI::ValidationError(name, error);
+    }
+  };
+  app->add_option_function<std::vector<std::string>>(name, takeAll, help + "; may be given several times")
+      ->type_name(form)
+      ->allow_extra_args(false);
+}
+
+void DescribePorts(CLI::App* app, Arguments* arguments) {
+  CLI::Option* const link =
+      app->add_option("--link", arguments->link, "make a symbolic link to the port, removed at the end");
+  link->type_name("PATH");
+  app->add_option("--tcp", arguments->tcp, "listen on this port of 127.0.0.1 instead of a pseudo-terminal; 0: any")
+      ->check(CLI::Range(0, 65535))
+      ->excludes(link);
   app->add_option("--control", arguments->control, "make a Unix socket that takes requests as JSON, one a line")
       ->type_name("PATH");
+  app->add_flag("--exit-with-stdin", arguments->exitWithStdin, "end when the standard input is closed");
+}
+
+void DescribeDevice(CLI::App* app, ModemOptions* modem) {
+  const CLI::Validator number(CheckNumber, "NUMBER");
+  app->add_option_function<std::string>(
+         "--profile", [modem](const std::string& name) { modem->profile = modem_sim::FindProfile(name); },
+         "family of modems to be one of (wcdma)")
+      ->check(CLI::IsMember(modem_sim::ProfileNames()));
   app->add_option("--number", modem->number, "the modem's own number; what is sent to it comes back")
       ->check(number)
       ->capture_default_str();
@@ -65,26 +132,64 @@ void Describe(CLI::App* app, Arguments* arguments) {
   app->add_option("--me-capacity", modem->meCapacity, "messages that the modem's own memory holds")
       ->check(CLI::Range(0, 10000))
       ->capture_default_str();
-  app->add_option("--latency", modem->latencyMs, "milliseconds before the verdict of a send")
-      ->check(CLI::Range(0, 600000))
-      ->capture_default_str();
-  app->add_option_function<std::vector<std::string>>(
-         "--refuse", [](const std::vector<std::string>&) {},
-         "refuse what is sent to a number, with this +CMS ERROR; may be given several times")
-      ->check(refusal)
-      ->allow_extra_args(false);
-  app->add_option("--refuse-nth", modem->refuseNth, "refuse this send, counted from 1")->check(CLI::Range(1, 1000000));
-  app->add_option("--pin", modem->pin, "lock the card with this PIN")
-      ->check(CLI::Validator(
-          [](const std::string& pin) {
-            const bool digits = pin.find_first_not_of("0123456789") == std::string::npos;
-            return digits && pin.size() >= 4 && pin.size() <= 8 ? "" : "a PIN has 4 to 8 digits";
-          },
-          "PIN"));
+  app->add_flag("--sim-full", modem->simFull, "the card is full at the start");
+  app->add_flag("--me-full", modem->meFull, "the modem's own memory is full at the start");
+}
+
+void DescribeState(CLI::App* app, ModemOptions* modem) {
+  static const std::map<std::string, NetworkState> kNetworks = {{"home", NetworkState::Home},
+                                                                {"roaming", NetworkState::Roaming},
+                                                                {"searching", NetworkState::Searching},
+                                                                {"denied", NetworkState::Denied},
+                                                                {"none", NetworkState::None}};
+  static const std::map<std::string, CardState> kCards = {{"ready", CardState::Ready},
+                                                          {"pin", CardState::Pin},
+                                                          {"puk", CardState::Puk},
+                                                          {"absent", CardState::Absent},
+                                                          {"busy", CardState::Busy}};
+  const CLI::Validator pin(CheckPin, "DIGITS");
+  app->add_option("--pin", modem->pin, "lock the card with this PIN")->check(pin);
+  app->add_option("--puk", modem->puk, "what takes the block off the card")->check(pin)->capture_default_str();
+  app->add_option_function<std::string>(
+         "--sim", [modem](const std::string& word) { modem->card = kCards.at(word); }, "state of the card (ready)")
+      ->check(CLI::IsMember(kCards));
+  CLI::Option* const network = app->add_option_function<std::string>(
+      "--network", [modem](const std::string& word) { modem->network = kNetworks.at(word); },
+      "state of the network (home)");
+  network->check(CLI::IsMember(kNetworks));
   app->add_flag_callback(
-      "--no-network", [modem] { modem->network = modem_sim::NetworkState::Searching; }, "never find a network");
+         "--no-network", [modem] { modem->network = NetworkState::Searching; }, "the same as --network searching")
+      ->excludes(network);
+  app->add_option("--signal", modem->signal, "signal strength, 0 to 31")
+      ->check(CLI::Range(0, 31))
+      ->capture_default_str();
+}
+
+void DescribeBehaviour(CLI::App* app, ModemOptions* modem) {
+  app->add_option("--latency", modem->latencyMs, "milliseconds before the verdict of a send")
+      ->check(CLI::Range(0, kLongestMs))
+      ->capture_default_str();
+  AddRepeated(app, "--latency-of", "COMMAND=MS", "milliseconds before a command is carried out", modem, TakeLatency);
+  app->add_option("--baud", modem->baud, "speed of what the modem writes; 0: at once")
+      ->check(CLI::Range(0, 4000000))
+      ->capture_default_str();
+  AddRepeated(app, "--refuse", "NUMBER=CODE", "refuse what is sent to a number, with this +CMS ERROR", modem,
+              TakeRefusal);
+  app->add_option_function<int>(
+         "--refuse-nth", [modem](int nth) { RefuseNth(nth, modem); }, "refuse this send, counted from 1")
+      ->check(CLI::Range(1, 1000000));
+  AddRepeated(app, "--fault", "KIND[,FIELD=VALUE...]",
+              "misbehave: refuse, late, drop, garbage, hangup or restart, with every=N, times=N, command=NAME, code=N, "
+              "ms=N, octets=HEX, at=before-prompt|after-prompt|after-octets|before-verdict",
+              modem, TakeFault);
   app->add_flag("--interrupt", modem->interrupt, "write unsolicited lines also inside replies");
-  app->add_flag("--exit-with-stdin", arguments->exitWithStdin, "end when the standard input is closed");
+}
+
+void Describe(CLI::App* app, Arguments* arguments) {
+  DescribePorts(app, arguments);
+  DescribeDevice(app, &arguments->modem);
+  DescribeState(app, &arguments->modem);
+  DescribeBehaviour(app, &arguments->modem);
   app->set_version_flag("--version", std::string("modem-sim ") + modem_sim::kVersion);
 }
 
@@ -119,23 +224,21 @@ private:
   std::array<char, 256> m_bytes{};
 };
 
-int Run(const Arguments& arguments) {
-  boost::asio::io_context context(1);
+int Fail(const std::string& error) {
+  std::cerr << "modem-sim: " << error << '\n';
+  return EXIT_FAILURE;
+}
+
+/// Serves an open port until somebody ends it.
+template <typename Port>
+int Serve(const Arguments& arguments, boost::asio::io_context& context, Port& port) {
   boost::asio::signal_set signals(context, SIGINT, SIGTERM);
   signals.async_wait([&context](const boost::system::error_code&, int) { context.stop(); });
-  modem_sim::CPtyPort port(context);
-  std::string error;
-  if (!port.Open(&error) || (!arguments.link.empty() && !port.Link(arguments.link, &error))) {
-    std::cerr << "modem-sim: " << error << '\n';
-    return EXIT_FAILURE;
-  }
   modem_sim::CSimulatedModem modem(arguments.modem, port);
-  modem_sim::CControl control(modem, port, port);
+  modem_sim::CControl control(modem, port);
   modem_sim::CControlSocket socket(context, control);
-  if (!arguments.control.empty() && !socket.Open(arguments.control, &error)) {
-    std::cerr << "modem-sim: " << error << '\n';
-    return EXIT_FAILURE;
-  }
+  std::string error;
+  if (!arguments.control.empty() && !socket.Open(arguments.control, &error)) return Fail(error);
   port.Start(modem);
   CStdinWatch input(context);
   if (arguments.exitWithStdin) boost::asio::post(context, [&input] { input.Start(); });
@@ -144,13 +247,26 @@ int Run(const Arguments& arguments) {
   return EXIT_SUCCESS;
 }
 
+int Run(const Arguments& arguments) {
+  boost::asio::io_context context(1);
+  std::string error;
+  if (arguments.tcp >= 0) {
+    modem_sim::CLoopbackPort port(context);
+    return port.Open(arguments.tcp, &error) ? Serve(arguments, context, port) : Fail(error);
+  }
+  modem_sim::CPtyPort port(context);
+  if (!port.Open(&error) || (!arguments.link.empty() && !port.Link(arguments.link, &error))) return Fail(error);
+  return Serve(arguments, context, port);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);  // whoever wanted the path may have gone
   Arguments arguments;
-  CLI::App app("A simulated modem on a pseudo-terminal. The first line it prints is the path of its port.",
-               "modem-sim");
+  CLI::App app(
+      "A simulated modem on a pseudo-terminal or a TCP port. The first line it prints is the path of its port.",
+      "modem-sim");
   Describe(&app, &arguments);
   try {
     app.parse(argc, argv);

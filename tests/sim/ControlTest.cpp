@@ -10,19 +10,6 @@ using nlohmann::json;
 
 namespace {
 
-class CFakeLine : public IModemLine {
-public:
-  void Unplug() override { plugged = false; }
-  bool Plug(std::string* error) override {
-    if (!fault.empty()) *error = fault;
-    plugged = fault.empty();
-    return plugged;
-  }
-
-  bool plugged = true;
-  std::string fault;
-};
-
 /// A modem with somebody at its computer and somebody at its control socket.
 class Control : public testing::Test {
 protected:
@@ -72,9 +59,8 @@ protected:
   json Messages(const std::string& name = "SM") { return Do(R"({"do":"memory","name":")" + name + "\"}")["messages"]; }
 
   CFakeWorld world;
-  CFakeLine cable;
   CSimulatedModem modem{ModemOptions(), world};
-  CControl control{modem, world, cable};
+  CControl control{modem, world};
 };
 
 typedef std::vector<std::string> Lines;
@@ -356,7 +342,7 @@ TEST_F(Control, RestartsByItselfAndForgetsTheSettings) {
   Do(R"({"do":"deliver","from":"1","text":"meanwhile"})");
   EXPECT_EQ(Do(R"({"do":"state"})")["powered"], false);
   world.Advance(3000);
-  EXPECT_EQ(Heard(), Lines{});
+  EXPECT_EQ(Heard(), Lines{"^SYSSTART"});
   EXPECT_EQ(Say("AT+CNMI?"), (Lines{"AT+CNMI?", "+CNMI: 0,0,0,0,0", "OK"}));
   EXPECT_EQ(Messages().at(0)["text"], "meanwhile");
 }
@@ -370,7 +356,7 @@ TEST_F(Control, LosesTheMessageThatARestartOvertakes) {
   world.TakeOutput();
   slow.Restart(0);
   world.Advance(1000);
-  EXPECT_EQ(world.TakeOutput(), "");
+  EXPECT_EQ(LinesOf(world.TakeOutput()), Lines{"^SYSSTART"});
   EXPECT_EQ(slow.Sent().size(), 0U);
   slow.Receive("AT\r", 3);
   EXPECT_EQ(LinesOf(world.TakeOutput()), (Lines{"AT", "OK"}));
@@ -387,16 +373,46 @@ TEST_F(Control, KeepsTheUnacknowledgedMessageOverARestart) {
 
 TEST_F(Control, UnplugsAndPlugsTheLine) {
   Do(R"({"do":"unplug"})");
-  EXPECT_FALSE(cable.plugged);
+  EXPECT_FALSE(world.plugged);
   Do(R"({"do":"deliver","from":"1","text":"later"})");
   EXPECT_EQ(Messages().size(), 0U);
   EXPECT_NE(ErrorOf(R"({"do":"restart"})").find("\"plug\""), std::string::npos);
-  cable.fault = "cannot link /x";
+  world.plugFault = "cannot link /x";
   EXPECT_EQ(ErrorOf(R"({"do":"plug"})"), "cannot link /x");
-  cable.fault.clear();
+  world.plugFault.clear();
   Do(R"({"do":"plug"})");
-  EXPECT_TRUE(cable.plugged);
+  EXPECT_TRUE(world.plugged);
   EXPECT_EQ(Messages().at(0)["text"], "later");
+}
+
+TEST_F(Control, SetsFaultsAndTakesThemBack) {
+  EXPECT_EQ(Do(R"({"do":"fault","kind":"drop","command":"+csq"})")["rules"], 1);
+  EXPECT_EQ(Do(R"({"do":"fault","kind":"garbage","octets":"7E0D"})")["rules"], 2);
+  EXPECT_EQ(Say("AT+CSQ"), Lines{"~"});
+  EXPECT_EQ(Do(R"({"do":"fault","kind":"none"})")["rules"], 0);
+  EXPECT_EQ(Say("AT+CSQ").back(), "OK");
+  const std::pair<const char*, const char*> rows[] = {
+      {R"({"do":"fault"})", "\"kind\" must be one of"},
+      {R"({"do":"fault","kind":"drop","ms":5})", "\"ms\" is no field"},
+      {R"({"do":"fault","kind":"drop","every":0})", "\"every\""},
+      {R"({"do":"fault","kind":"hangup","at":"lunch"})", "\"after-prompt\""},
+      {R"({"do":"fault","kind":"garbage","octets":"7"})", "\"octets\" must be hexadecimal"},
+      {R"({"do":"fault","kind":"none","at":1})", "\"at\" is no field"},
+  };
+  for (const auto& [request, words] : rows) {
+    EXPECT_NE(ErrorOf(request).find(words), std::string::npos) << request << " -> " << ErrorOf(request);
+  }
+  EXPECT_EQ(Do(R"({"do":"state"})")["faults"], 0);
+}
+
+TEST_F(Control, SlowsTheLineDown) {
+  Do(R"({"do":"line","baud":300})");
+  EXPECT_EQ(Say("AT"), Lines{});
+  Do(R"({"do":"line","baud":0})");
+  world.Advance(1000);
+  EXPECT_EQ(Heard(), Lines{"OK"});
+  EXPECT_NE(ErrorOf(R"({"do":"line"})").find("\"baud\" is missing"), std::string::npos);
+  EXPECT_NE(ErrorOf(R"({"do":"line","baud":-1})").find("\"baud\""), std::string::npos);
 }
 
 TEST_F(Control, NamesWhatIsWrongWithARequest) {

@@ -10,10 +10,13 @@
 //   call NUMBER              somebody calls
 //   network on|off           the network comes or goes
 //   hang up                  the computer closes the port
+//   plug                     the line that the modem has pulled out comes back
 //
 // <XX> stands for the character of that hexadecimal code. Everything that the modem writes must be in the file. Echo is
 // off at the start.
 #include "FakeWorld.h"
+#include "FaultRequest.h"
+#include "Pages.h"
 #include "Pieces.h"
 
 #include <gtest/gtest.h>
@@ -55,7 +58,26 @@ void SetOption(const std::string& text, ModemOptions* options) {
   } else if (name == "refuse") {
     options->refusals[value.substr(0, value.find('='))] = std::stoi(value.substr(value.find('=') + 1));
   } else if (name == "refuse-nth") {
-    options->refuseNth = std::stoi(value);
+    Fault fault;
+    fault.every = std::stoi(value);
+    fault.times = 1;
+    options->faults.push_back(fault);
+  } else if (name == "profile") {
+    options->profile = FindProfile(value);
+    ASSERT_NE(options->profile, nullptr) << value;
+  } else if (name == "latency-of") {
+    options->latencies[value.substr(0, value.find('='))] = std::stoi(value.substr(value.find('=') + 1));
+  } else if (name == "fault") {
+    Fault fault;
+    std::string error;
+    ASSERT_TRUE(ParseFault(value, &fault, &error)) << error;
+    options->faults.push_back(fault);
+  } else if (name == "baud") {
+    options->baud = std::stoi(value);
+  } else if (name == "sim-full") {
+    options->simFull = true;
+  } else if (name == "puk") {
+    options->puk = value;
   } else if (name == "pin") {
     options->pin = value;
   } else if (name == "no-network") {
@@ -143,6 +165,12 @@ private:
       m_world.Advance(std::stoi(value));
     } else if (what == "network") {
       m_pModem->SetNetwork(value == "on" ? NetworkState::Home : NetworkState::Searching);
+    } else if (what == "plug") {
+      std::string error;
+      EXPECT_FALSE(m_world.plugged);
+      EXPECT_TRUE(m_pModem->Plug(&error)) << error;
+      Send("ATE0");
+      m_world.TakeOutput();
     } else if (what == "hang") {
       m_pModem->HangUp();
     } else if (what == "arrive") {
@@ -174,9 +202,9 @@ private:
   void Page(const std::string& channel, std::istringstream& words) {
     std::string text;
     std::getline(words, text);
-    std::vector<BroadcastPage> pages;
+    std::vector<sms_pdu::BroadcastPage> pages;
     ASSERT_TRUE(MakePages(0x0010, static_cast<WORD>(std::stoi(channel)), FromUtf8(Trimmed(text)), &pages));
-    for (const BroadcastPage& page : pages) EXPECT_EQ(m_pModem->Broadcast(page), PageFate::Shown);
+    for (const sms_pdu::BroadcastPage& page : pages) EXPECT_EQ(m_pModem->Broadcast(page), PageFate::Shown);
   }
 
   void TakeLines() {

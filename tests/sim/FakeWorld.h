@@ -29,14 +29,26 @@ public:
     return time;
   }
 
+  void Unplug() override { plugged = false; }
+  bool Plug(std::string* error) override {
+    if (!plugFault.empty()) *error = plugFault;
+    plugged = plugFault.empty();
+    return plugged;
+  }
+
+  bool plugged = true;
+  std::string plugFault;  // why the line cannot come back
+
   /// Moves the time on and carries out what falls due.
   void Advance(int milliseconds) {
-    m_iNow += milliseconds;
-    while (!m_calls.empty() && m_calls.begin()->first <= m_iNow) {
+    const int end = m_iNow + milliseconds;
+    while (!m_calls.empty() && m_calls.begin()->first <= end) {
+      m_iNow = m_calls.begin()->first;
       const auto call = std::move(m_calls.begin()->second);
       m_calls.erase(m_calls.begin());
       call();
     }
+    m_iNow = end;
   }
 
   /// What the modem has written since the last time.

@@ -1,5 +1,6 @@
 // What the modem writes to the character, and parts of it by themselves.
 #include "FakeWorld.h"
+#include "FaultRequest.h"
 
 #include <gtest/gtest.h>
 
@@ -165,6 +166,74 @@ TEST(SimulatedModem, AnswersOneByteAtATimeAsInOnePiece) {
   for (const char c : typed) got += pieces.Say(std::string(1, c));
   EXPECT_EQ(LinesOf(got).size(), LinesOf(expected).size() + 2);  // between the pieces the message has come back
   EXPECT_NE(expected.find("+CMGS: 0"), std::string::npos);
+}
+
+TEST(SimulatedModem, WritesAtTheSpeedOfASlowLine) {
+  ModemOptions options;
+  options.baud = 300;  // thirty octets a second, three at a time
+  Desk desk(options);
+  EXPECT_EQ(desk.Say("AT\r"), "");
+  desk.world.Advance(32);
+  EXPECT_EQ(desk.world.TakeOutput(), "");
+  desk.world.Advance(1);
+  EXPECT_EQ(desk.world.TakeOutput(), "A");  // nothing else was there when it began
+  desk.world.Advance(100);
+  EXPECT_EQ(desk.world.TakeOutput(), "T\r\r");
+  desk.world.Advance(1000);
+  EXPECT_EQ(desk.world.TakeOutput(), "\nOK\r\n");
+  desk.modem.SetBaud(0);
+  EXPECT_EQ(desk.Say("AT\r"), "AT\r\r\nOK\r\n");
+}
+
+TEST(SimulatedModem, ForgetsWhatASlowLineHasNotWrittenWhenItIsUnplugged) {
+  ModemOptions options;
+  options.baud = 300;
+  Desk desk(options);
+  desk.Say("AT\r");
+  desk.modem.Unplug();
+  std::string error;
+  EXPECT_TRUE(desk.modem.Plug(&error));
+  desk.world.Advance(60000);
+  EXPECT_EQ(desk.world.TakeOutput(), "\r\n^SYSSTART\r\n");
+}
+
+TEST(SimulatedModem, SurvivesFaultsInAnyMixture) {
+  const char* const kinds[] = {"refuse,every=3",         "late,every=4,ms=5",
+                               "drop,every=5",           "garbage,every=7",
+                               "hangup,every=11,ms=2",   "hangup,every=6,at=after-prompt,ms=1",
+                               "restart,every=13,ms=1",  "hangup,every=5,at=after-octets,ms=1",
+                               "refuse,every=9,code=42", "hangup,every=4,at=before-verdict,ms=3"};
+  std::mt19937 random(2);
+  for (int round = 0; round < 50; ++round) {
+    ModemOptions options;
+    options.latencyMs = round % 3;
+    options.baud = round % 2 == 0 ? 0 : 9600;
+    options.latencies["+CSQ"] = round % 4;
+    for (const char* const kind : kinds) {
+      Fault fault;
+      std::string error;
+      ASSERT_TRUE(ParseFault(kind, &fault, &error)) << error;
+      if (random() % 2) options.faults.push_back(fault);
+    }
+    Desk desk(options);
+    for (int i = 0; i < 200; ++i) {
+      static const char* const kLines[] = {"AT+CSQ;+CREG?\r", "AT+CMGS=18\r", "AT+CMGL=4\r",
+                                           "0001000C91947101000010000005E8329BFD06\x1A"};
+      desk.Say(kLines[random() % 4]);
+      desk.world.Advance(static_cast<int>(random() % 3));
+    }
+    desk.modem.Faults().Clear();
+    desk.world.Advance(1000);
+    desk.Say("\x1B\r");
+    desk.world.Advance(1000);
+    desk.Say("ATE0\r");
+    desk.world.Advance(1000);
+    desk.world.TakeOutput();
+    std::string reply = desk.Say("AT\r");
+    desk.world.Advance(1000);
+    reply += desk.world.TakeOutput();
+    EXPECT_EQ(LinesOf(reply), std::vector<std::string>{"OK"}) << round;
+  }
 }
 
 TEST(SimulatedModem, SurvivesNoise) {

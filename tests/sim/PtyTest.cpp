@@ -108,11 +108,63 @@ TEST(ModemSimProgram, EndsWithItsStandardInputWhenAsked) {
 }
 
 TEST(ModemSimProgram, RefusesOptionsThatMakeNoSense) {
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {"--refuse", "nobody"}, {"--number", "abc"}, {"--pin", "12"}, {"--sim-capacity", "-1"}, {"--nonsense"}}) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"--refuse", "nobody"},
+                                             {"--number", "abc"},
+                                             {"--pin", "12"},
+                                             {"--sim-capacity", "-1"},
+                                             {"--profile", "umts"},
+                                             {"--puk", "123456789"},
+                                             {"--sim", "gone"},
+                                             {"--network", "away"},
+                                             {"--signal", "32"},
+                                             {"--latency-of", "+COPS"},
+                                             {"--latency-of", "=5"},
+                                             {"--baud", "-1"},
+                                             {"--tcp", "65536"},
+                                             {"--tcp", "0", "--link", "/tmp/x"},
+                                             {"--no-network", "--network", "home"},
+                                             {"--fault", "lunch"},
+                                             {"--fault", "drop,every"},
+                                             {"--fault", "drop,every=x"},
+                                             {"--fault", ""},
+                                             {"--nonsense"}}) {
     CSimProgram program(arguments);
     EXPECT_EQ(program.AwaitEnd(), 2) << arguments[0];
   }
+}
+
+TEST(ModemSimProgram, StartsInTheStateOfItsOptions) {
+  const std::string folder = TemporaryFolder();
+  const std::string path = folder + "/control";
+  CSimProgram program({"--control",     path,        "--profile",    "lte",     "--sim",      "ready",
+                       "--network",     "roaming",   "--signal",     "5",       "--sim-full", "--me-full",
+                       "--me-capacity", "3",         "--latency-of", "+cops=1", "--fault",    "refuse,every=2",
+                       "--fault",       "late,ms=1", "--refuse-nth", "3"});
+  CControlClient client(path);
+  const int port = OpenPort(program.Path());
+  Send(port, "ATE0+CMEE=2;+CREG?;+CSQ;+CPMS?;+COPS?;+CGMM\r");
+  const std::string reply = ReadUntil(port, "OK\r\n");
+  for (const char* const part :
+       {"+CREG: 0,5", "+CSQ: 5,99", "\"SM\",20,20", "Test Network\",7", "Simulated LTE Modem"}) {
+    EXPECT_NE(reply.find(part), std::string::npos) << part << " in " << reply;
+  }
+  EXPECT_NE(client.Ask(R"({"do":"state"})").find("\"faults\":3"), std::string::npos);
+  EXPECT_NE(client.Ask(R"({"do":"memory","name":"ME"})").find("\"used\":3"), std::string::npos);
+  close(port);
+  program.Signal(SIGTERM);
+  EXPECT_EQ(program.AwaitEnd(), 0);
+  rmdir(folder.c_str());
+}
+
+TEST(ModemSimProgram, StartsWithABlockedCard) {
+  CSimProgram program({"--sim", "puk", "--puk", "87654321"});
+  const int port = OpenPort(program.Path());
+  Send(port, "AT+CPIN?\r");
+  EXPECT_NE(ReadUntil(port, "OK\r\n").find("+CPIN: SIM PUK"), std::string::npos);
+  Send(port, "AT+CPIN=87654321,1111;+CPIN?\r");
+  EXPECT_NE(ReadUntil(port, "OK\r\n").find("+CPIN: READY"), std::string::npos);
+  close(port);
 }
 
 TEST(ModemSimProgram, TellsItsVersion) {

@@ -1,5 +1,5 @@
 // M-Notification.ind inside a connectionless WSP push.
-#include "WapPush.h"
+#include "PushEncoder.h"
 
 namespace modem_sim {
 namespace {

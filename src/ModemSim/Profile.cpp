@@ -1,0 +1,50 @@
+// The table of families.
+#include "Profile.h"
+
+#include <algorithm>
+
+namespace modem_sim {
+namespace {
+
+// Serial numbers of test equipment: type allocation code 00499901; manufacturer code A1000009.
+const std::vector<Profile>& Profiles() {
+  static const std::vector<Profile> kProfiles = {
+      {"gsm",
+       "Simulated GSM Modem",
+       "004999010640018",
+       "+GCAP: +CGSM",
+       -1,
+       nullptr,
+       nullptr,
+       false,
+       {"+CEREG", "^SYSINFO"}},
+      {"wcdma", "Simulated Modem", "004999010640000", "+GCAP: +CGSM", 2, "5", "^SYSSTART", true, {"+CEREG"}},
+      {"lte", "Simulated LTE Modem", "004999010640026", "+GCAP: +CGSM,+CLTE2", 7, "17", "RDY", true, {}},
+      {"cdma",
+       "Simulated CDMA Modem",
+       "A1000009000001",
+       "+GCAP: +CIS707-A,CIS-856,+MS,+ES,+DS,+FCLASS",
+       -1,
+       "2",
+       nullptr,
+       false,
+       {"+CGREG", "+CEREG", "+CGATT", "+COPS", "+CGSN", "+CGSMS"}},
+  };
+  return kProfiles;
+}
+
+}  // namespace
+
+const Profile* FindProfile(const std::string& name) {
+  const auto found =
+      std::find_if(Profiles().begin(), Profiles().end(), [&](const Profile& profile) { return name == profile.name; });
+  return found == Profiles().end() ? nullptr : &*found;
+}
+
+std::vector<std::string> ProfileNames() {
+  std::vector<std::string> names;
+  for (const Profile& profile : Profiles()) names.push_back(profile.name);
+  return names;
+}
+
+}  // namespace modem_sim
