@@ -13,9 +13,10 @@ namespace modem {
 namespace {
 
 /// Lines without a tag that modems send by themselves.
-const char* const kBareNotices[] = {"RING",    "NO CARRIER",        "BUSY",         "NO ANSWER",     "NO DIALTONE",
-                                    "CONNECT", "Call Ready",        "SMS Ready",    "SMS READY",     "SMS DONE",
-                                    "PB DONE", "NORMAL POWER DOWN", "POWERED DOWN", "UNDER-VOLTAGE", "OVER-VOLTAGE"};
+const char* const kBareNotices[] = {
+    "RING",          "NO CARRIER",  "BUSY",      "NO ANSWER", "NO DIALTONE", "CONNECT",           "DST:",
+    "Call Ready",    "SMS Ready",   "SMS READY", "SMS DONE",  "PB DONE",     "NORMAL POWER DOWN", "POWERED DOWN",
+    "UNDER-VOLTAGE", "OVER-VOLTAGE"};
 const char* const kRestarts[] = {"RDY", "APP RDY", "START", "^SYSSTART", "*EMRDY:", "+WIND: 3"};
 
 bool IsHex(char character) { return std::isxdigit(static_cast<unsigned char>(character)) != 0; }

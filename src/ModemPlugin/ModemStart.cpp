@@ -48,10 +48,11 @@ const ModemProfile* Identify(CQuestions& questions, ModemFacts& facts) {
   const std::string model = BareText(questions.Ask("+CGMM", nullptr));
   facts.model = maker.empty() || model.empty() ? maker + model : maker + " " + model;
   facts.revision = BareText(questions.Ask("+CGMR", nullptr));
-  const std::string imei = BareText(questions.Ask("+CGSN", nullptr));
-  const std::size_t kDigits = 15;  // some add a check digit's place or the software version
-  const bool valid = imei.find_first_not_of("0123456789") >= kDigits && imei.size() >= kDigits;
-  facts.imei = valid ? imei.substr(0, kDigits) : std::string();
+  const std::size_t kDigits = 15;  // some add the software version, some write "IMEI" before
+  const std::string number = BareText(questions.Ask("+CGSN", nullptr));
+  const std::string digits = number.substr(std::min(number.find_first_of("0123456789"), number.size()), kDigits);
+  const bool whole = digits.size() == kDigits && digits.find_first_not_of("0123456789") == std::string::npos;
+  facts.imei = whole ? digits : std::string();
   return ProfileOf(maker, model);
 }
 

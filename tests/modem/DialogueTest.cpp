@@ -5,7 +5,9 @@
 //   -> TEXT             the driver sends TEXT and a carriage return; none behind <1A> or <1B>
 //   <- TEXT             the modem's next line; ">" is the prompt. Also behind "-> TEXT" and two blanks
 //   <~ BYTES            the modem sends these bytes and nothing else
-//   ? TEXT              what the modem answers to TEXT whenever it comes: the "<-" and "<~" lines behind and below
+//   ? TEXT              what the modem answers to TEXT whenever it comes: the "<-" and "<~" lines behind, and below
+//   with a blank
+//                       before
 //   once TEXT           the same for one time, before all other times
 //   echo                the modem gives back what it gets, until it has answered ATE0
 //   flood COUNT         the modem sends so many octets that make no line
@@ -18,6 +20,7 @@
 //   kept LINE           the settings file has that line now
 //   advance MS          somebody waits at least so long; time goes on
 //   pass MS             time goes on, and nobody waits for it
+//   patience            time goes on in small steps until the operation has its result
 //   hang up             the modem is unplugged
 //   block               the line takes no more octets
 //   opened | closed     the driver opens the line anew, or has closed it
@@ -283,7 +286,7 @@ private:
     const std::size_t behind = line.find("  <- ");
     const std::string reply = behind == std::string::npos ? "" : Said(Trimmed(line.substr(behind + 5)));
     const std::string text = Bytes(Trimmed(line.substr(first.size(), behind - (reply.empty() ? 0 : first.size()))));
-    if (m_row && (first == "<-" || first == "<~")) {
+    if (m_row && line[0] == ' ' && (first == "<-" || first == "<~")) {
       m_row->bytes += first == "<-" ? Said(rest) : Bytes(rest);
       return;
     }
@@ -361,6 +364,11 @@ private:
       m_clock.Advance(std::stoi(rest));
     } else if (what == "pass") {
       m_clock.Advance(std::stoi(rest));
+    } else if (what == "patience") {
+      for (int step = 0; step < 1000 && m_result.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready;
+           ++step) {
+        m_clock.Advance(100);
+      }
     } else if (what == "hang") {
       m_line->HangUp();
     } else if (what == "block") {
