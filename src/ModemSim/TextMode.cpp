@@ -279,9 +279,10 @@ TextLines PageText(const sms_pdu::BroadcastPage& page, const std::vector<BYTE>& 
   lines.values = std::to_string(page.serial) + ',' + std::to_string(page.messageId) + ',' + std::to_string(page.dcs) +
                  ',' + std::to_string(page.page) + ',' + std::to_string(page.pages);
   const std::size_t front = sms_pdu::kPageOctets - sms_pdu::kPageContentOctets;
-  const bool gsm7 = sms_pdu::ParsePageCoding(page.dcs).coding == sms_pdu::Coding::Gsm7;
-  lines.text = gsm7 ? Encode(view.set, VELK_wstring(page.text, page.textLength))
-                    : HexOf(octets.data() + front, octets.size() - front);
+  const sms_pdu::PageCoding coding = sms_pdu::ParsePageCoding(page.dcs);
+  lines.text = coding.coding == sms_pdu::Coding::Gsm7 && !coding.compressed
+                   ? Encode(view.set, VELK_wstring(page.text, page.textLength))
+                   : HexOf(octets.data() + front, octets.size() - front);
   return lines;
 }
 

@@ -162,19 +162,19 @@ TEST(TextMode, ReadsTimesThatExist) {
 }
 
 TEST(TextMode, ShowsAPageInItsCoding) {
-  BroadcastPage page;
-  page.serial = 0x1234;
-  page.channel = 50;
-  page.content.assign(82, 0);
-  page.content[0] = 0x41;
-  const std::string octets = "41" + std::string(162, '0');
-  for (const int dcs : {0x00, 0x0F, 0x10, 0x40, 0xF0, 0xF3}) {
-    page.dcs = static_cast<BYTE>(dcs);
-    EXPECT_EQ(PageText(page, kAll).text.substr(0, 2), "A@") << dcs;
-  }
-  for (const int dcs : {0x11, 0x44, 0x48, 0x60, 0x90, 0xF4}) {
-    page.dcs = static_cast<BYTE>(dcs);
-    EXPECT_EQ(PageText(page, kAll).text, octets) << dcs;
-  }
-  EXPECT_EQ(PageText(page, kAll).values, "4660,50,244,1,1");
+  std::vector<BYTE> octets(sms_pdu::kPageOctets, 0);
+  octets[0] = 0x12;
+  octets[1] = 0x34;
+  octets[3] = 50;
+  octets[5] = 0x11;
+  octets[6] = 0x41;
+  const auto show = [&](int dcs) {
+    sms_pdu::BroadcastPage page;
+    octets[4] = static_cast<BYTE>(dcs);
+    EXPECT_EQ(sms_pdu::DecodePage(octets.data(), octets.size(), &page), sms_pdu::PduError::None);
+    return PageText(page, octets, kAll);
+  };
+  for (const int dcs : {0x00, 0x0F, 0x40, 0xF0, 0xF3}) EXPECT_EQ(show(dcs).text.substr(0, 2), "A@") << dcs;
+  for (const int dcs : {0x11, 0x44, 0x48, 0x60, 0xF4}) EXPECT_EQ(show(dcs).text, "41" + std::string(162, '0')) << dcs;
+  EXPECT_EQ(show(0xF4).values, "4660,50,244,1,1");
 }
