@@ -3,7 +3,9 @@
 
 #include "Journal.h"
 #include "ServiceTest.h"
+#include "StoreTable.h"
 #include "platform/JClock.h"
+#include "platform/LocalDatabaseMgr.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -74,22 +76,33 @@ protected:
     return record;
   }
 
-  std::vector<std::string> Rows(int storage = NS_SMS::SMS_LOCAL) {
+  /// The rows of the local store as another connection to its file sees them.
+  static std::vector<std::string> RowsOnDisk() {
+    LocalDatabaseMgr database;
+    EXPECT_EQ(DB_ERROR_OK, database.OpenConnection("SmsDBConnection"));
+    std::vector<int> indexes;
+    EXPECT_EQ(DB_ERROR_OK, database.GetAllRecordIndex(kStoreTable, indexes));
     std::vector<std::string> rows;
-    ISMSRecordSet* const set = m_pService->GetSMSRecordSet(storage);
-    for (long state = set->MoveFirst(); state == 0; state = set->MoveNext()) {
-      int mr = 0;
-      int total = 0;
-      int part = 0;
-      set->GetMSGInfo(mr, total, part);
-      rows.push_back("id=" + std::to_string(set->GetMSGID()) + " box=" + std::to_string(set->GetPosition()) +
-                     " number=" + Utf8(set->GetNumber()) + " content=" + Utf8(set->GetContent()) +
-                     " time=" + Utf8(set->GetTime()) + " unread=" + std::to_string(set->GetIsRead()) +
-                     " result=" + std::to_string(set->GetSendResult()) + " type=" + std::to_string(set->GetMSGType()) +
-                     " part=" + std::to_string(part) + "/" + std::to_string(total) +
-                     " priority=" + std::to_string(set->GetSMSPriority()));
+    for (const int index : indexes) {
+      LocalDatabaseMgr::FieldType fields;
+      EXPECT_EQ(DB_ERROR_OK, database.GetOneRecord(kStoreTable, static_cast<unsigned int>(index), fields));
+      std::string row = std::to_string(index);
+      for (const __ST_FIELD_TYPE& field : fields) {
+        row += " " + field.strFieldName + "=" + Utf8(field.strValue);
+      }
+      rows.push_back(row);
     }
     return rows;
+  }
+  std::vector<std::string> MirrorOfTheSim() {
+    std::vector<std::string> lines;
+    ISMSRecordSet* const set = m_pService->GetSMSRecordSet(NS_SMS::SMS_SIM);
+    for (long state = set->MoveFirst(); state == 0; state = set->MoveNext()) {
+      lines.push_back("id=" + std::to_string(set->GetMSGID()) + " box=" + std::to_string(set->GetPosition()) +
+                      " number=" + Utf8(set->GetNumber()) + " content=" + Utf8(set->GetContent()) +
+                      " unread=" + std::to_string(set->GetIsRead()));
+    }
+    return lines.empty() ? std::vector<std::string>{"nothing"} : lines;
   }
   std::vector<std::string> DeviceCalls() {
     std::vector<std::string> calls = m_device.sms.CallLines();
@@ -98,7 +111,7 @@ protected:
   void Compare(const std::string& name) {
     m_journal.Add("calls of the message service", DeviceCalls());
     m_journal.Add("messages left on the device", {std::to_string(m_device.sms.Held(SMS_MEM_SM).size())});
-    m_journal.Add("local store", Rows());
+    m_journal.Add("rows on disk", RowsOnDisk());
     EXPECT_EQ("", CompareWithGolden(std::string(SMS_GOLDEN_DIR) + "/" + name + ".txt", m_journal.Text()));
   }
 
@@ -178,13 +191,13 @@ TEST_F(Journey, DeviceLossDuringALoad) {
   ASSERT_TRUE(third.Await([&] { return reading; }, 10000));
   m_journal.Note("== test takes the device away");
   m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_UNAVAILABLE, nullptr);
-  m_journal.Add("mirror of the SIM after the loss", Rows(NS_SMS::SMS_SIM));
+  m_journal.Add("mirror of the SIM after the loss", MirrorOfTheSim());
   m_journal.Note("== test brings the device back");
   m_device.net.Raise(NETSRV_DATA::EVENT_SRV_MS_AVAILABLE, nullptr);
   m_device.sms.Raise(WMS_EVENT_READY, nullptr);
   ASSERT_TRUE(m_journal.Await("m_MutexReadNewMsg Unlock()", 2));
   ASSERT_TRUE(AwaitIdle());
-  m_journal.Add("mirror of the SIM at the end", Rows(NS_SMS::SMS_SIM));
+  m_journal.Add("mirror of the SIM at the end", MirrorOfTheSim());
   Compare("load_device_lost");
 }
 
@@ -203,7 +216,7 @@ TEST_F(Journey, CutToLocalWithADeleteThatFails) {
   });
   m_journal.Note("== test moves the SIM to the local store");
   EXPECT_EQ(0, m_pService->CutAllToLocal(NS_SMS::SMS_SIM));
-  m_journal.Add("mirror of the SIM", Rows(NS_SMS::SMS_SIM));
+  m_journal.Add("mirror of the SIM", MirrorOfTheSim());
   Compare("cut_to_local_delete_fails");
 }
 
@@ -215,10 +228,9 @@ TEST_F(Journey, StartWithoutADeviceManager) {
   m_journal.Note("== test registers");
   m_pService->RegCallBack(&m_client);
   m_journal.Note("== test ends the service");
-  const std::vector<std::string> rows = Rows();
   Stop();
   m_journal.Add("calls of the message service", DeviceCalls());
-  m_journal.Add("local store", rows);
+  m_journal.Add("rows on disk", RowsOnDisk());
   EXPECT_EQ("", CompareWithGolden(SMS_GOLDEN_DIR "/start_without_device_manager.txt", m_journal.Text()));
 }
 
