@@ -36,7 +36,7 @@ public:
                                       DWORD* pdwExtra3 = nullptr) = 0;
   /// @param ppIterator  out: owned by the device manager, valid until the next call of the same thread.
   virtual bool GetMemIterator(IDeviceMemIterator** ppIterator) = 0;
-  /// @param pdwPinTimes, pdwPukTimes  out: tries left; each may be null.
+  /// @param pdwPinTimes, pdwPukTimes  out: tries left while the card waits for a code, 0 when unknown; each may be null.
   virtual bool GetPinStatus(DevDataDef::PinStatus* penStatus, DWORD* pdwPinTimes, DWORD* pdwPukTimes) = 0;
 
 protected:

@@ -301,7 +301,8 @@ void CAtDialogue::TakeReplyLine(const std::string& line) {
     m_reply.lines.push_back(std::string());  // a message without octets
   }
   m_reply.lines.push_back(line);
-  m_bDataFollows = StartsWith(line, "+CMGR:") || StartsWith(line, "+CMGL:");
+  m_bDataFollows = StartsWith(line, "+CMGR:") || StartsWith(line, "+CMGL:") || StartsWith(line, "^SMGR:") ||
+                   StartsWith(line, "^SMGL:");
 }
 
 bool CAtDialogue::BelongsToReply(const std::string& line) const {

@@ -1,6 +1,7 @@
 #include "DeviceServices.h"
 
 #include "Guarded.h"
+#include "ModemLine.h"
 
 #include <cstring>
 
@@ -26,6 +27,22 @@ private:
 void Clear(DWORD* pdwValue) {
   if (pdwValue != nullptr) {
     *pdwValue = 0;
+  }
+}
+
+/// "+CPINR: SIM PIN,2,3" for each code (3GPP TS 27.007, 8.65); what a modem does not tell stays 0.
+void AskTries(CModem& modem, DWORD* pdwPinTimes, DWORD* pdwPukTimes) {
+  const unsigned int kLimitMs = 5000;
+  const AtReply reply = modem.Execute(CAtCommand("+CPINR"), "+CPINR:", kLimitMs);
+  for (const std::string& line : reply.lines) {
+    const std::vector<std::string> parameters = ParametersOf(line);
+    DWORD* const tries = parameters.size() < 2        ? nullptr
+                         : parameters[0] == "SIM PIN" ? pdwPinTimes
+                         : parameters[0] == "SIM PUK" ? pdwPukTimes
+                                                      : nullptr;
+    if (tries != nullptr && !NumberOf(parameters[1], *tries)) {
+      *tries = 0;
+    }
   }
 }
 
@@ -113,6 +130,9 @@ bool CDeviceManager::GetPinStatus(DevDataDef::PinStatus* penStatus, DWORD* pdwPi
   Clear(pdwPukTimes);
   return Guarded([&] {
     *penStatus = m_modem.Facts().pin;
+    if (*penStatus == DevDataDef::PIN_ENABLED_NOT_VERIFIED || *penStatus == DevDataDef::PIN_BLOCKED) {
+      AskTries(m_modem, pdwPinTimes, pdwPukTimes);
+    }
     return true;
   });
 }

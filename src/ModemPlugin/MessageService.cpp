@@ -14,12 +14,12 @@ namespace {
 
 const unsigned int kLimitMs = 5000;
 const unsigned int kStoreLimitMs = 20000;
-const unsigned int kListLimitMs = 60000;
 const DWORD kUnknownError = 500;  // 3GPP TS 27.005, 3.2.5
 const DWORD kInvalidIndex = 321;
+const DWORD kInvalidParameter = 304;
 const int kMemoryFull = 322;
+const int kNoState = -1;
 const DWORD kLongestValidity = 255;  // 63 weeks (3GPP TS 23.040, 9.2.3.12.1)
-const int kListAll = 4;              // states of AT+CMGL in PDU mode are those of SMS_STAT
 const MSG_HANDLE kNoMessage = 0xFFFFFFFF;
 
 /// @return whether the command was carried out; the status says why not.
@@ -49,6 +49,13 @@ template <class Operation>
 bool Carry(DWORD* pdwStatus, Operation&& operation) {
   Refuse(pdwStatus);
   return Guarded(operation);
+}
+
+/// A message that is neither received nor sent is a draft.
+int StoredStateOf(SMS_STAT enStat) {
+  return enStat == SMS_STAT_ALL                               ? SMS_STAT_UNSENT
+         : enStat >= SMS_STAT_UNREAD && enStat < SMS_STAT_ALL ? enStat
+                                                              : kNoState;
 }
 
 /// "0,1,5,320-478"; what makes no sense is left out.
@@ -174,18 +181,9 @@ bool CMessageService::SMSGetMsgList(SMS_MEM enMem, SMS_LIST* pstList, DWORD* pdw
       return false;
     }
     const CModem::CMemoryHold hold(m_modem, enMem);
-    CAtCommand command("+CMGL=");
-    const AtReply reply = hold.IsOk() ? m_modem.Execute(command.Number(kListAll), "+CMGL:", kListLimitMs) : AtReply();
-    if (!Settle(reply, pdwStatus)) {
-      return false;
-    }
     CStoredMessages::Listing messages;
-    for (std::size_t line = 0; line + 1 < reply.lines.size(); line += 2) {
-      const std::vector<std::string> parameters = ParametersOf(reply.lines[line]);
-      MSG_HANDLE index = 0;
-      if (parameters.size() >= 2 && NumberOf(parameters[0], index)) {
-        messages.emplace(index, StoredPdu{reply.lines[line + 1], StateOf(parameters[1])});
-      }
+    if (!Settle(hold.IsOk() ? m_modem.ListHeld(messages) : AtReply(), pdwStatus)) {
+      return false;
     }
     std::vector<MSG_HANDLE> indexes;
     for (const auto& message : messages) {
@@ -213,16 +211,19 @@ bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord*
       return false;
     }
     StoredPdu message;
-    if (!m_modem.IsAvailable() || !m_modem.Stored().TakeListed(enMem, *phMsg, message)) {
+    const bool mark = iAlterMode == UNREAD_SM_ALTER;
+    const bool listed = m_modem.IsAvailable() && !(mark && m_modem.ReadsQuietly()) &&
+                        m_modem.Stored().TakeListed(enMem, *phMsg, message);
+    if (!listed) {
       const CModem::CMemoryHold hold(m_modem, enMem);
-      if (!Settle(hold.IsOk() ? m_modem.ReadHeld(*phMsg, message) : AtReply(), pdwStatus)) {
+      if (!Settle(hold.IsOk() ? m_modem.ReadHeld(*phMsg, !mark, message) : AtReply(), pdwStatus)) {
         return false;
       }
       if (message.hex.empty()) {
         return Refuse(pdwStatus, kInvalidIndex);
       }
     }
-    const SMS_STAT state = m_modem.Stored().Read(enMem, *phMsg, message, iAlterMode == UNREAD_SM_ALTER);
+    const SMS_STAT state = m_modem.Stored().Read(enMem, *phMsg, message, mark);
     *pstRecord = ReadPdu(message.hex, state, m_modem.Rules());
     return Accept(pdwStatus);
   });
@@ -245,13 +246,19 @@ bool CMessageService::SMSDeleteMsg(SMS_MEM enMem, MSG_HANDLE hMsg, DWORD* pdwSta
 bool CMessageService::SMSSaveMsg(SMS_MEM enMem, SMS_PARAM* pstParam, MSG_HANDLE* phMsg, DWORD* pdwStatus) {
   return Carry(pdwStatus, [&] {
     PduLine line;
-    if (pstParam == nullptr || !MakeStored(*pstParam, line)) {
+    if (pstParam == nullptr) {
+      return false;
+    }
+    const int state = StoredStateOf(pstParam->enSMSStat);
+    if (state == kNoState) {
+      return Refuse(pdwStatus, kInvalidParameter);
+    }
+    if (!MakeStored(*pstParam, line)) {
       return false;
     }
     const CModem::CMemoryHold hold(m_modem, enMem);
     CAtCommand command("+CMGW=");
-    command.Number(static_cast<long>(line.tpduOctets));
-    command.Number(pstParam->enSMSStat == SMS_STAT_ALL ? SMS_STAT_UNSENT : pstParam->enSMSStat);
+    command.Number(static_cast<long>(line.tpduOctets)).Number(state);
     const AtReply reply =
         hold.IsOk() ? m_modem.ExecuteWithOctets(command, line.hex, "+CMGW:", kStoreLimitMs) : AtReply();
     if (reply.final == AtReply::Final::kCmsError && reply.code == kMemoryFull) {

@@ -71,10 +71,14 @@ public:
   };
 
   /// Of the memory that is held. An empty place answers OK and leaves the message empty.
-  AtReply ReadHeld(MSG_HANDLE hMsg, StoredPdu& message);
+  /// @param bQuietly  where the modem can, the message does not become read by it.
+  AtReply ReadHeld(MSG_HANDLE hMsg, bool bQuietly, StoredPdu& message);
+  /// Quietly where the modem can.
+  AtReply ListHeld(CStoredMessages::Listing& messages);
   AtReply DeleteHeld(MSG_HANDLE hMsg);
   /// A memory was found full or not; that it has become full is told once.
   void NoteFull(SMS_MEM enMem, bool bFull);
+  bool ReadsQuietly() const;
   CStoredMessages& Stored() { return m_stored; }
   /// How received messages are read; the times by the settings.
   ReadRules Rules() { return ReadRules{m_bNetworkTime, &m_pushes}; }
@@ -141,6 +145,7 @@ private:
   void KeepInMemory(const std::string& hex);
   bool StartOn(CAtDialogue& dialogue, ModemFacts& facts, std::string& error);
   AtReply SetIndication(std::size_t place, int value);
+  AtReply QueryHeld(const char* name, const char* ownName, long value, bool bQuietly, unsigned int limitMs);
   void Queue(const std::function<void()>& task);
   void AnnounceState();
   std::shared_ptr<Connection> CurrentConnection() const;

@@ -9,8 +9,18 @@ namespace {
 
 const unsigned int kLimitMs = 5000;
 const unsigned int kStoreLimitMs = 20000;
+const unsigned int kListLimitMs = 60000;
+const long kAllStates = 4;  // of AT+CMGL in PDU mode (3GPP TS 27.005, 4.1)
 
 std::string NameOf(SMS_MEM enMem) { return enMem == SMS_MEM_SM ? "SM" : enMem == SMS_MEM_ME ? "ME" : ""; }
+
+/// The modem does not know a command in this form.
+bool RefusesForm(const AtReply& reply) {
+  const bool cms = reply.final == AtReply::Final::kCmsError && reply.code >= 302 && reply.code <= 305;
+  const bool cme = reply.final == AtReply::Final::kCmeError &&
+                   (reply.code == 3 || reply.code == 4 || reply.code == 50 || reply.code == 100);
+  return reply.final == AtReply::Final::kError || cms || cme;
+}
 
 }  // namespace
 
@@ -44,13 +54,48 @@ bool CModem::CMemoryHold::Choose(CModem& modem, const std::string& name) {
   return true;
 }
 
-AtReply CModem::ReadHeld(MSG_HANDLE hMsg, StoredPdu& message) {
-  CAtCommand command("+CMGR=");
-  const AtReply reply = Execute(command.Number(static_cast<long>(hMsg)), "+CMGR:", kLimitMs);
+bool CModem::ReadsQuietly() const {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  return m_facts.quiet != QuietReading::kNone;
+}
+
+/// @param ownName  of the command that some modems have for doing it quietly.
+AtReply CModem::QueryHeld(const char* name, const char* ownName, long value, bool bQuietly, unsigned int limitMs) {
+  const QuietReading quiet = bQuietly ? Facts().quiet : QuietReading::kNone;
+  if (quiet != QuietReading::kNone) {
+    const bool own = quiet == QuietReading::kOwnCommands;
+    const std::string tag = own ? ownName : name;
+    CAtCommand command((tag + "=").c_str());
+    command.Number(value);
+    const AtReply reply = Execute(own ? command : command.Number(1), (tag + ":").c_str(), limitMs);
+    if (!RefusesForm(reply)) {
+      return reply;
+    }
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_facts.quiet = QuietReading::kNone;
+  }
+  CAtCommand command((std::string(name) + "=").c_str());
+  return Execute(command.Number(value), (std::string(name) + ":").c_str(), limitMs);
+}
+
+AtReply CModem::ReadHeld(MSG_HANDLE hMsg, bool bQuietly, StoredPdu& message) {
+  const AtReply reply = QueryHeld("+CMGR", "^SMGR", static_cast<long>(hMsg), bQuietly, kLimitMs);
   message = StoredPdu();
   if (reply.IsOk() && reply.lines.size() >= 2) {
     const std::vector<std::string> parameters = ParametersOf(reply.lines[0]);
     message = StoredPdu{reply.lines[1], parameters.empty() ? SMS_STAT_READ : StateOf(parameters[0])};
+  }
+  return reply;
+}
+
+AtReply CModem::ListHeld(CStoredMessages::Listing& messages) {
+  const AtReply reply = QueryHeld("+CMGL", "^SMGL", kAllStates, true, kListLimitMs);
+  for (std::size_t line = 0; reply.IsOk() && line + 1 < reply.lines.size(); line += 2) {
+    const std::vector<std::string> parameters = ParametersOf(reply.lines[line]);
+    MSG_HANDLE index = 0;
+    if (parameters.size() >= 2 && NumberOf(parameters[0], index)) {
+      messages.emplace(index, StoredPdu{reply.lines[line + 1], StateOf(parameters[1])});
+    }
   }
   return reply;
 }

@@ -1,6 +1,8 @@
 // What single families of modems need beside the standards.
 #pragma once
 
+#include "ModemFacts.h"
+
 #include <array>
 #include <string>
 #include <vector>
@@ -15,6 +17,7 @@ struct ModemProfile {
   std::vector<const char*> commands;  // at the start, before the card is asked; refusals do not matter
   std::vector<std::array<int, 5>> indications;  // of AT+CNMI, tried before the ordinary ones
   const char* why;
+  QuietReading quiet = QuietReading::kNone;
 };
 
 /// The first row that fits. @return null: the standards are enough.

@@ -65,7 +65,7 @@ void CModem::Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage) {
   StoredPdu message;
   {
     const CMemoryHold hold(*this, memory);
-    if (!hold.IsOk() || !ReadHeld(hMsg, message).IsOk() || message.hex.empty()) {
+    if (!hold.IsOk() || !ReadHeld(hMsg, false, message).IsOk() || message.hex.empty()) {
       TraceFault("a message cannot be read: place " + std::to_string(hMsg) + " of memory " + memory);
       return;
     }

@@ -142,6 +142,7 @@ bool StartOnce(CAtDialogue& dialogue, bool bTrustEcho, bool bBroadcasts, ModemFa
   }
   ChooseForms(questions, bTrustEcho);
   const ModemProfile* const profile = Identify(questions, facts);
+  facts.quiet = profile == nullptr ? QuietReading::kNone : profile->quiet;
   SwitchOn(questions, profile);
   AskCard(questions, profile, facts);
   if (!PrepareMessages(questions, profile, bBroadcasts, facts, error)) {

@@ -418,6 +418,84 @@ TEST_F(Driver, ListsReadsAndDeletesTheMessagesOfAMemory) {
   EXPECT_EQ(1, m_script.Count("AT+CPMS=\"SM\",\"SM\""));
 }
 
+TEST_F(Driver, ReadsWithoutMarkingReadWhereTheModemHasCommandsForIt) {
+  m_script.Answer("AT+CGMI", "\r\nCinterion\r\n\r\nOK\r\n");
+  ASSERT_TRUE(Start());
+  const std::string pdu = std::string(kDeliverPdu) + "\r\n\r\nOK\r\n";
+  m_script.Answer("AT^SMGL=4", "\r\n^SMGL: 3,0,,31\r\n" + pdu);
+  m_script.Answer("AT^SMGR=3", "\r\n^SMGR: 0,,31\r\n" + pdu);
+  m_script.Answer("AT+CMGR=3", "\r\n+CMGR: 0,,31\r\n" + pdu);
+  SMS_LIST list;
+  ASSERT_TRUE(m_service.SMSGetMsgList(SMS_MEM_SM, &list, nullptr));
+  EXPECT_EQ(1u, list.dwCount);
+  m_service.SMSReleaseMsgList(&list);
+  MSG_HANDLE index = 3;
+  SMReadRecord record;
+  for (int times = 0; times < 2; ++times) {  // of the listing, then of the modem
+    ASSERT_TRUE(m_service.SMSReadMsg(SMS_MEM_SM, &index, &record, UNREAD_SM_NOT_ALTER, nullptr));
+    EXPECT_EQ(SMS_STAT_UNREAD, record.enSMStat);
+  }
+  EXPECT_EQ(1, m_script.Count("AT^SMGR=3"));
+  EXPECT_EQ(0, m_script.Count("AT+CMGL") + m_script.Count("AT+CMGR"));
+  ASSERT_TRUE(m_service.SMSGetMsgList(SMS_MEM_SM, &list, nullptr));
+  m_service.SMSReleaseMsgList(&list);
+  ASSERT_TRUE(m_service.SMSReadMsg(SMS_MEM_SM, &index, &record, UNREAD_SM_ALTER, nullptr));
+  EXPECT_EQ(1, m_script.Count("AT+CMGR=3")) << "the modem itself is to mark it read";
+}
+
+TEST_F(Driver, ReadsAsTheStandardSaysWhereAModemRefusesToReadQuietly) {
+  m_script.Answer("AT+CGMI", "\r\nSIMCOM_Ltd\r\n\r\nOK\r\n");
+  ASSERT_TRUE(Start());
+  m_script.Answer("AT+CMGR=3,1", "\r\n+CMS ERROR: 321\r\n");
+  m_script.Answer("AT+CMGR=4,1", "\r\n+CMS ERROR: 304\r\n");
+  m_script.Answer("AT+CMGR=4", std::string("\r\n+CMGR: 0,,31\r\n") + kDeliverPdu + "\r\n\r\nOK\r\n");
+  SMReadRecord record;
+  DWORD status = 0;
+  EXPECT_FALSE(m_service.SMSReadMsg(SMS_MEM_SM, MSG_HANDLE(3), &record, &status));
+  EXPECT_EQ(321u, status);
+  for (int times = 0; times < 2; ++times) {
+    ASSERT_TRUE(m_service.SMSReadMsg(SMS_MEM_SM, MSG_HANDLE(4), &record, &status));
+    EXPECT_EQ("How are you?", Utf8(record.wszContent));
+  }
+  EXPECT_EQ(1, m_script.Count("AT+CMGR=3"));
+  EXPECT_EQ(3, m_script.Count("AT+CMGR=4")) << "the refused form once, then the ordinary one";
+}
+
+TEST_F(Driver, SavesADraftForAMessageThatIsNeitherReceivedNorSent) {
+  ASSERT_TRUE(Start());
+  m_script.AnswerOctets("\r\n+CMGW: 4\r\n\r\nOK\r\n");
+  SMS_PARAM part;
+  std::string("+4917012345").copy(part.szAddress, 32);
+  part.enSMSStat = SMS_STAT_ALL;
+  EXPECT_TRUE(m_service.SMSSaveMsg(SMS_MEM_SM, &part, nullptr, nullptr));
+  EXPECT_EQ(1, m_script.Count("AT+CMGW=13,2"));
+  for (const int state : {-1, 5, 77}) {
+    DWORD status = 0;
+    part.enSMSStat = static_cast<SMS_STAT>(state);
+    EXPECT_FALSE(m_service.SMSSaveMsg(SMS_MEM_SM, &part, nullptr, &status));
+    EXPECT_EQ(304u, status);
+  }
+  EXPECT_EQ(1, m_script.Count("AT+CMGW"));
+}
+
+TEST_F(Driver, TellsTheTriesLeftOfALockedCard) {
+  m_script.Answer("AT+CPIN?", "\r\n+CPIN: SIM PIN\r\n\r\nOK\r\n");
+  m_script.Answer("AT+CPINR", "\r\n+CPINR: SIM PIN,2,3\r\n\r\n+CPINR: SIM PUK,10,10\r\n\r\nOK\r\n");
+  ASSERT_TRUE(Start());
+  DevDataDef::PinStatus status = DevDataDef::PIN_UNKNOWN;
+  DWORD pin = 77;
+  DWORD puk = 77;
+  ASSERT_TRUE(m_manager.GetPinStatus(&status, &pin, &puk));
+  EXPECT_EQ(DevDataDef::PIN_ENABLED_NOT_VERIFIED, status);
+  EXPECT_EQ(2u, pin);
+  EXPECT_EQ(10u, puk);
+  EXPECT_TRUE(m_manager.GetPinStatus(&status, nullptr, nullptr));
+  m_script.Answer("AT+CPINR", "\r\n+CPINR: SIM PIN,many\r\n\r\n+CPINR:\r\n\r\nOK\r\n");
+  ASSERT_TRUE(m_manager.GetPinStatus(&status, &pin, &puk));
+  EXPECT_EQ(0u, pin);
+  EXPECT_EQ(0u, puk);
+}
+
 TEST_F(Driver, AnswersFalseForAnEmptyPlace) {
   ASSERT_TRUE(Start());
   SMReadRecord record;
