@@ -37,7 +37,7 @@ void CSimulatedModem::Ring(const std::string& number) {
 void CSimulatedModem::RingOnce(std::uint64_t call) {
   if (m_strCaller.empty() || call != m_uCall) return;
   if (Registered()) {
-    Unsolicited("RING");
+    Unsolicited(m_iRingForm == 1 ? "+CRING: VOICE" : "RING");
     if (m_iCallerNumber == 1) Unsolicited(CallerLine());
   }
   m_world.After(kRingMs, [this, call] { RingOnce(call); });

@@ -48,6 +48,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"L", &M::OnIgnored},
       {"M", &M::OnIgnored},
       {"H", &M::OnHangUpCall},
+      {"+CHUP", &M::OnHangUpCall},
       {"D", &M::OnDial},
       {"I", &M::OnIdentity},
       {"+CGMI", &M::OnIdentity},
@@ -56,8 +57,8 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"+GMM", &M::OnIdentity},
       {"+CGMR", &M::OnIdentity},
       {"+GMR", &M::OnIdentity},
-      {"+CGSN", &M::OnIdentity},
-      {"+GSN", &M::OnIdentity},
+      {"+CGSN", &M::OnSerialNumber},
+      {"+GSN", &M::OnSerialNumber},
       {"+GCAP", &M::OnCapabilities},
       {"+CIMI", &M::OnSubscriber},
       {"+CNUM", &M::OnOwnNumber},
@@ -106,7 +107,8 @@ CSimulatedModem::Result CSimulatedModem::OnReset(const AtCommand& command) {
 /// Lines, speakers and calls that this modem does not have: any number will do.
 CSimulatedModem::Result CSimulatedModem::OnIgnored(const AtCommand&) { return Ok(); }
 
-CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand&) {
+CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
   m_strCaller.clear();
   return Ok();
 }
@@ -144,8 +146,24 @@ CSimulatedModem::Result CSimulatedModem::OnIdentity(const AtCommand& command) {
   }
   if (Known(command, "+CGMI") || Known(command, "+GMI")) return Inform(command, kMaker);
   if (Known(command, "+CGMM") || Known(command, "+GMM")) return Inform(command, m_options.profile->model);
-  if (Known(command, "+CGMR") || Known(command, "+GMR")) return Inform(command, kVersion);
-  return Inform(command, m_options.profile->serial);
+  return Inform(command, kVersion);
+}
+
+/// Bare as ever, or by <snt>: 0 the maker's number, 1 the IMEI, quoted.
+CSimulatedModem::Result CSimulatedModem::OnSerialNumber(const AtCommand& command) {
+  if (Known(command, "+GSN") || command.form == AtCommand::Form::Execute)
+    return Inform(command, m_options.profile->serial);
+  if (command.form == AtCommand::Form::Test) {
+    Inform("+CGSN: (0,1)");
+    return Ok();
+  }
+  const CValues values(command.values);
+  int kind = 0;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() > 1 || !values.Number(0, 0, 1, &kind)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  Inform(kind == 0 ? std::string(m_options.profile->serial) : "+CGSN: " + Quoted(m_options.profile->serial));
+  return Ok();
 }
 
 CSimulatedModem::Result CSimulatedModem::OnCapabilities(const AtCommand& command) {

@@ -61,6 +61,7 @@ void CSimulatedModem::ResetSettings() {
   m_iShowHeader = 0;
   m_iUssd = 0;
   m_iCallerNumber = 0;
+  m_iRingForm = 0;
   m_textParameters = m_saved.textParameters;
 }
 
@@ -254,7 +255,7 @@ bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
   static const NumberEntry kNumbers[] = {
       {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},  {"+CMGF", 1, &CSimulatedModem::m_iFormat},
       {"+CSDH", 1, &CSimulatedModem::m_iShowHeader}, {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
-      {"+CGSMS", 3, &CSimulatedModem::m_iBearer},
+      {"+CGSMS", 3, &CSimulatedModem::m_iBearer},    {"+CRC", 1, &CSimulatedModem::m_iRingForm},
   };
   const auto found = std::find_if(std::begin(kNumbers), std::end(kNumbers),
                                   [&](const NumberEntry& entry) { return command.name == entry.name; });

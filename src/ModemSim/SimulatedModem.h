@@ -208,6 +208,7 @@ private:
   Result OnDial(const AtCommand& command);
   Result OnRegister(const AtCommand& command);
   Result OnIdentity(const AtCommand& command);
+  Result OnSerialNumber(const AtCommand& command);
   Result OnCapabilities(const AtCommand& command);
   Result OnSubscriber(const AtCommand& command);
   Result OnOwnNumber(const AtCommand& command);
@@ -363,6 +364,7 @@ private:
   int m_iShowHeader = 0;
   int m_iUssd = 0;
   int m_iCallerNumber = 0;
+  int m_iRingForm = 0;
   TextParameters m_textParameters;
 
   // the device
