@@ -389,6 +389,7 @@ bool CModem::Reconnect() {
   std::string error;
   const ModemFacts before = Facts();
   const bool connected = Connect(error);
+  TellWhyAway(connected ? std::string() : error);
   m_iRefused = m_bRefused ? m_iRefused + 1 : 0;
   if (m_iRefused == kTries) {
     TraceFault("the modem is refused: it " + error);
@@ -400,6 +401,14 @@ bool CModem::Reconnect() {
     AnnounceState();
   }
   return connected;
+}
+
+/// Once for as long as the cause is the same.
+void CModem::TellWhyAway(const std::string& error) {
+  if (!error.empty() && error != m_strWhyAway) {
+    TraceFault("the modem is not back: " + error);
+  }
+  m_strWhyAway = error;
 }
 
 void CModem::TellChange(const ModemFacts& before) {

@@ -125,6 +125,7 @@ private:
   void AskCardAgain();
   void AskOperatorAgain();
   bool Reconnect();
+  void TellWhyAway(const std::string& error);
   void TellChange(const ModemFacts& before);
   void SendOne(const PduLine& line);
   void KeepLink();
@@ -159,6 +160,7 @@ private:
   std::atomic<bool> m_bNetworkTime{false};
   std::atomic<bool> m_bDirect{false};
   std::atomic<bool> m_bKeepsLink{true};  // until the modem refuses AT+CMMS
+  std::string m_strWhyAway;  // on the worker: what was traced last
   JEvent m_hWork;                        // something is queued, the line is lost, or the end has come
 
   mutable std::mutex m_lock;  // the next five

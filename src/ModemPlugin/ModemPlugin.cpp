@@ -33,7 +33,9 @@ CModemPlugin::~CModemPlugin() noexcept = default;
 
 std::unique_ptr<IByteStream> CModemPlugin::OpenLine(std::string& error) {
   LineAddress address;
-  return ParseAddress(ConfiguredDevice(), address, error) ? m_port.Open(address, error) : nullptr;
+  auto stream = ParseAddress(ConfiguredDevice(), address, error) ? m_port.Open(address, error) : nullptr;
+  m_bOpened = stream != nullptr;
+  return stream;
 }
 
 bool CModemPlugin::Init() {
@@ -44,9 +46,8 @@ bool CModemPlugin::Init() {
       m_port.Watch([this](bool bPresent) { m_modem.SetPresent(bPresent); });
       return true;
     }
-    const std::string path = ConfiguredDevice();
-    if (m_strError.find(path) == std::string::npos) {
-      m_strError = path + " " + m_strError;  // what the modem did or did not do
+    if (m_bOpened) {
+      m_strError = ConfiguredDevice() + " " + m_strError;  // what the modem did or did not do
     }
     return false;
   });

@@ -41,6 +41,7 @@ private:
   CUdevBus m_bus;
   CModemFinder m_finder;
   CModemPort m_port;
+  bool m_bOpened = false;  // the line, at the last try
   CModem m_modem;
   CMessageService m_messages;
   CDeviceService m_device;

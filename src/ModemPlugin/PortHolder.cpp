@@ -46,7 +46,7 @@ bool HasOpen(int pid, const std::string& device) {
 /// What to do about the programs that commonly hold modems.
 std::string WayOut(const PortHolder& holder) {
   if (holder.name == "ModemManager") {
-    return "Stop it (systemctl stop ModemManager), keep it off with the udev rule of packaging/";
+    return "Stop it (systemctl stop ModemManager), keep it off with the udev rule of packaging/udev";
   }
   return "End that program (kill " + std::to_string(holder.pid) + ")";
 }

@@ -99,7 +99,9 @@ TEST_F(Modems, AreMissedInOneLineWhenOneIsWanted) {
     const ProgramResult result = Among(m_silent, {m_smsctl, "status", "--device", device});
     EXPECT_EQ(1, result.status) << device;
     EXPECT_EQ(1, CountLines(result.err)) << result.err;
-    EXPECT_THAT(result.err, HasSubstr("was not found"));
+    EXPECT_THAT(result.err, HasSubstr("ModemPlugin.so: Init failed: "));
+    EXPECT_THAT(result.err, HasSubstr(". Plug it in"));
+    EXPECT_EQ(result.err.find(device), result.err.rfind(device)) << "named twice";
   }
 }
 

@@ -165,6 +165,25 @@ TEST_F(ModemPort, IsLookedForByTheClockWithoutAnyoneWhoTells) {
   EXPECT_THAT(Opened(), ElementsAre("/dev/ttyUSB2", "/dev/ttyUSB5"));
 }
 
+TEST_F(ModemPort, IsSaidOnceToBeAwayAndWhy) {
+  const CTraceCapture trace;
+  m_bus.Plug("/dev/ttyUSB2", "1-2", "02", kImei);
+  ASSERT_TRUE(Start("/dev/ttyUSB2")) << m_strError;
+  m_bus.Unplug("/dev/ttyUSB2");
+  EXPECT_EQ("unavailable", m_sink.Next());
+  m_bus.TakeAsked();
+  for (int turn = 0; turn < 2; ++turn) {
+    m_bus.Plug("/dev/ttyUSB2", "1-2", "02", kOther);
+    EXPECT_TRUE(m_bus.AwaitAsked("/dev/ttyUSB2"));
+    m_bus.Unplug("/dev/ttyUSB2");
+    m_bus.TakeAsked();
+  }
+  m_bus.Plug("/dev/ttyUSB2", "1-2", "02", kImei);
+  ExpectBack();
+  EXPECT_EQ(1, trace.Count("the modem is not back: the modem imei:350000000000017 was not found. Plug it in, or choose "
+                           "another one with --device (\"smsctl modems\" lists them)."));
+}
+
 TEST_F(ModemPort, IsOpenedByItsPathAgainWhenItIsOnNoBus) {
   ASSERT_TRUE(Start("/dev/pts/7")) << m_strError;
   m_modem.HangUp();

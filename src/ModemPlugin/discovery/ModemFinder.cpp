@@ -40,22 +40,21 @@ std::string NameOf(const AskedPort& asked) {
   return name + " (" + (model.empty() ? std::string() : model + ", ") + asked.port.path + ")";
 }
 
-std::string Wanted(const ModemWish& wish) {
-  return !wish.imei.empty()    ? "the modem imei:" + wish.imei
-         : !wish.iccid.empty() ? "a modem with the SIM iccid:" + wish.iccid
-         : !wish.place.empty() ? "a modem at usb:" + wish.place
-                               : "a modem";
+std::string Missing(const ModemWish& wish) {
+  return !wish.imei.empty()    ? "the modem imei:" + wish.imei + " was not found"
+         : !wish.iccid.empty() ? "a modem with the SIM iccid:" + wish.iccid + " was not found"
+         : !wish.place.empty() ? "a modem at usb:" + wish.place + " was not found"
+                               : "no modem answers";
 }
 
 /// What stands in the way most likely: a port that is in use could be the wanted one.
 std::string NoneError(const std::vector<AskedPort>& asked, const ModemWish& wish) {
   for (const AskedPort& one : asked) {
     if (one.answer.state == FoundPort::State::kClosed) {
-      return Wanted(wish) + " was not found, and one port could not be asked: " + one.answer.note;
+      return Missing(wish) + ", and one port could not be asked: " + one.answer.note;
     }
   }
-  return Wanted(wish) +
-         " was not found. Plug it in, or choose another one with --device (\"smsctl modems\" lists them).";
+  return Missing(wish) + ". Plug it in, or choose another one with --device (\"smsctl modems\" lists them).";
 }
 
 std::string SeveralError(const std::vector<const AskedPort*>& modems) {
