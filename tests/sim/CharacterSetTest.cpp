@@ -36,7 +36,7 @@ TEST(CharacterSet, EveryCodeOfTheGsmAlphabetReadsTheSameInGsmAndInHex) {
     EXPECT_EQ(Again(CharacterSet::Gsm, octet), octet) << code;
     EXPECT_EQ(Again(CharacterSet::Hex, HexDigits(code, 2)), HexDigits(code, 2)) << code;
   }
-  for (const unsigned code : {0x0A, 0x14, 0x28, 0x29, 0x2F, 0x3C, 0x3D, 0x3E, 0x40, 0x65}) {
+  for (const unsigned code : {0x0AU, 0x14U, 0x28U, 0x29U, 0x2FU, 0x3CU, 0x3DU, 0x3EU, 0x40U, 0x65U}) {
     const std::string octets = {'\x1B', static_cast<char>(code)};
     EXPECT_EQ(Again(CharacterSet::Gsm, octets), octets) << code;
     EXPECT_EQ(Again(CharacterSet::Hex, "1B" + HexDigits(code, 2)), "1B" + HexDigits(code, 2)) << code;
