@@ -21,13 +21,13 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 
 # their services stay off: the tests start the programs themselves, in folders of their own
-was_there=$(dpkg-query -W -f '${Package}\n' "${packages[@]}" 2>/dev/null)
+was_there=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' "${packages[@]}" 2>/dev/null | grep '^ii')
 install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends --reinstall
          -o "Dpkg::Options::=--path-include=$schema/*" "${packages[@]}")
 echo "peers: installing ${packages[*]}"
 { "${as_root[@]}" apt-get update && "${install[@]}"; } >/dev/null 2>&1 || skip "apt-get could not"
 if [ -d /run/systemd/system ]; then
   for service in gammu-smsd smstools; do
-    grep -qx "$service" <<<"$was_there" || "${as_root[@]}" systemctl disable --now "$service" >/dev/null 2>&1
+    grep -qx "ii *$service" <<<"$was_there" || "${as_root[@]}" systemctl disable --now "$service" >/dev/null 2>&1
   done
 fi
