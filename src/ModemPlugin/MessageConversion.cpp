@@ -207,7 +207,7 @@ sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
     sms_pdu::AddConcatenation(&data.header, place);
   }
   if (data.dcs == 0) {
-    sms_pdu::AddTables(&data.header, part.stSMS_NLI);
+    return sms_pdu::SetNationalText(&data, part.wszContent, length, part.stSMS_NLI);
   }
   if (data.dcs != kDcs8Bit) {
     return sms_pdu::SetText(&data, part.wszContent, length);

@@ -86,6 +86,13 @@ PduError WriteOctets(COctetWriter& writer, const UserData& userData, bool ucs2) 
   return PduError::None;
 }
 
+bool FitsAsGsm7(const UserData& userData) {
+  BYTE septets[kMaxSeptets];
+  std::size_t count = 0;
+  return TextToSeptets(userData.text, userData.textLength, FindTables(userData.header), septets,
+                       ContentCapacity(userData), &count) == PduError::None;
+}
+
 }  // namespace
 
 PduError SetText(UserData* userData, const VELK_wchar_t* text, std::size_t length) {
@@ -93,6 +100,22 @@ PduError SetText(UserData* userData, const VELK_wchar_t* text, std::size_t lengt
   if (length != 0) std::copy_n(text, length, userData->text);
   userData->text[length] = 0;
   userData->textLength = static_cast<BYTE>(length);
+  return PduError::None;
+}
+
+PduError SetNationalText(UserData* userData, const VELK_wchar_t* text, std::size_t length, const SMS_NLI& tables) {
+  const PduError error = SetText(userData, text, length);
+  if (error != PduError::None) return error;
+  const SMS_NLI choices[] = {
+      tables,    {tables.enNLI_Lock, SMS_NLI_Single_Reverse}, {SMS_NLI_Lock_Reverse, tables.enNLI_Single},
+      SMS_NLI(), {SMS_NLI_Turk_Lock, SMS_NLI_Single_Reverse}, {SMS_NLI_Port_Lock, SMS_NLI_Single_Reverse}};
+  const UserDataHeader before = userData->header;
+  for (const SMS_NLI& choice : choices) {
+    userData->header = before;
+    if (AddTables(&userData->header, choice) && FitsAsGsm7(*userData)) return PduError::None;
+  }
+  userData->header = before;
+  AddTables(&userData->header, tables);
   return PduError::None;
 }
 

@@ -28,6 +28,11 @@ struct UserData {
 PduError SetText(UserData* userData, const VELK_wchar_t* text, std::size_t length);
 PduError SetOctets(UserData* userData, const BYTE* octets, std::size_t count);
 
+/// Puts a GSM 7-bit text in and its tables into the header: the ones that are named; when the text does not fit with
+/// them, those that it can do with, and for a text that needs one, a locking table.
+/// @return as SetText; a text that fits with no tables is found out by encoding.
+PduError SetNationalText(UserData* userData, const VELK_wchar_t* text, std::size_t length, const SMS_NLI& tables);
+
 /// Septets (GSM 7-bit) or octets that are left for content behind the header.
 std::size_t ContentCapacity(const UserData& userData);
 

@@ -35,10 +35,11 @@ sms_pdu::UserData UserDataOf(const SMS_PARAM& part) {
     const auto& place = part.stLongSMS_info;
     sms_pdu::AddConcatenation(&userData.header, {place.btMR, place.btTotalPack, place.btPack, false});
   }
-  if (userData.dcs == 0) {
-    sms_pdu::AddTables(&userData.header, part.stSMS_NLI);
-  }
   const std::size_t length = static_cast<std::size_t>(part.iContentLen);
+  if (userData.dcs == 0) {
+    sms_pdu::SetNationalText(&userData, part.wszContent, length, part.stSMS_NLI);
+    return userData;
+  }
   if (userData.dcs != 4) {
     sms_pdu::SetText(&userData, part.wszContent, length);
     return userData;
@@ -102,6 +103,15 @@ TEST_P(NationalPacking, TakesTheSeptetsThatTheClassCounts) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, NationalPacking, testing::ValuesIn(AllNationalChoices()), NationalName);
+
+// The division names no tables for a text without extension characters; a table is found for it all the same.
+TEST(NationalText, OfALockingTableAloneGoesOut) {
+  const CNationalChoice choice(SMS_NLI_Turk_Lock, SMS_NLI_Single_Reverse);
+  for (std::size_t nLength = 1; nLength <= 155; ++nLength) {
+    const VELK_wstring strText = Repeated(u"k\u0131\u011F\u015E", nLength);
+    EXPECT_EQ(strText, ThroughTheAir(DivideGsm(strText))) << nLength;
+  }
+}
 
 // --- every length
 
