@@ -37,6 +37,7 @@ struct ModemOptions {
   CardState card = CardState::Ready;          // Ready becomes Pin when there is a PIN
   NetworkState network = NetworkState::Home;  // as soon as the card is unlocked
   int signal = 20;                            // <rssi> of +CSQ
+  bool direct = false;                        // +CNMI <mt> 1 is taken for 2: no new message goes into a memory
   bool interrupt = false;                     // unsolicited lines also inside replies, as careless devices do
 };
 

@@ -191,9 +191,10 @@ void CSimulatedModem::HandOver() {
 /// Table of <mt> and <ds>, 3GPP TS 27.005, 3.4.1: messages for the card and indications to be stored are stored first.
 bool CSimulatedModem::GoesDirectly(const Incoming& incoming) const {
   if (incoming.isReport) return m_indications[kDs] == 1;
-  if (m_indications[kMt] == 3) return incoming.coding.messageClass == 3;
+  const int mt = m_options.direct && m_indications[kMt] == 1 ? 2 : m_indications[kMt];
+  if (mt == 3) return incoming.coding.messageClass == 3;
   const bool forStore = incoming.coding.indication && !incoming.coding.indicationDiscard;
-  return m_indications[kMt] == 2 && incoming.coding.messageClass != 2 && !forStore;
+  return mt == 2 && incoming.coding.messageClass != 2 && !forStore;
 }
 
 bool CSimulatedModem::HandOverDirectly(const Incoming& incoming) {

@@ -16,8 +16,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-const int kCapacity = 20;
-const int kRoom = 12;  // messages that wait on the card at once: the centre never has to keep one back
+const int kCapacity = 40;
+const int kRoom = 12;  // messages that wait at once: what the centre keeps fits on the card at any time
 const milliseconds kLimit(60000);
 
 std::size_t NumberFrom(const char* variable, std::size_t otherwise) {
@@ -49,22 +49,23 @@ TokenCount TokensOf(const std::vector<std::string>& texts) {
   return count;
 }
 
-modem_sim::ModemOptions Options() {
+modem_sim::ModemOptions Options(bool direct) {
   modem_sim::ModemOptions options;
+  options.direct = direct;
   options.simCapacity = kCapacity;
   return options;
 }
 
-class KilledHost : public ::testing::Test {
+/// The parameter: messages come directly, not by way of the card.
+class KilledHost : public ::testing::TestWithParam<bool> {
 protected:
   KilledHost()
       : m_uSeed(static_cast<unsigned>(NumberFrom("SMS_SEED", std::random_device()()))),
         m_uKills(NumberFrom("SMS_KILLS", 40)),
         m_random(m_uSeed),
-        m_modem(Options()) {
+        m_modem(Options(GetParam())) {
     m_home.WriteSettings("");
-    m_letters = WritePost(m_uKills * 5, m_random, m_wholes);
-    std::printf("SMS_SEED=%u SMS_KILLS=%zu: %zu messages\n", m_uSeed, m_uKills, m_letters.size());
+    std::printf("SMS_SEED=%u SMS_KILLS=%zu\n", m_uSeed, m_uKills);
   }
 
   std::size_t Random(std::size_t from, std::size_t to) {
@@ -82,20 +83,23 @@ protected:
     return arguments;
   }
 
+  std::vector<std::string> Contents() const { return ContentsInDatabase(m_home.DatabaseFile()); }
+
   /// Lets the next letters come as long as there is room for them.
   void Feed(std::size_t& left) {
-    while (left > 0 && m_uArrived < m_letters.size() && m_modem.Modem().Card().Used() < kRoom) {
+    while (left > 0 && m_uArrived < m_letters.size() && m_modem.Modem().Card().Used() < kRoom &&
+           m_modem.Modem().Waiting() < kRoom) {
       ASSERT_TRUE(m_modem.Modem().Arrive(m_letters[m_uArrived++].message));
       --left;
     }
   }
 
-  /// One life of the host, ended at a random octet of the dialogue or a random message it reads, and a random moment
+  /// One life of the host, ended at a random octet of the dialogue or a random message it gets, and a random moment
   /// after it: the row is written, the copy deleted, the clients told then.
   void LiveAndDie(const std::vector<std::string>& command, std::size_t letters) {
     const std::size_t born = m_modem.Written();
     const bool byOctets = Random(0, 1) == 0;
-    const std::size_t killAt = byOctets ? born + Random(1, 1600 + 700 * letters) : m_modem.Read() + Random(1, letters);
+    const std::size_t killAt = byOctets ? born + Random(1, 1600 + 700 * letters) : m_modem.Given() + Random(1, letters);
     CChildProgram host(Command(command));
     auto last = std::chrono::steady_clock::now();
     std::size_t written = born;
@@ -107,16 +111,31 @@ protected:
         last = now;
       }
       const bool idle = written > born + kStartOctets && now - last > milliseconds(100);
-      return (byOctets ? written : m_modem.Read()) >= killAt || idle || !host.IsRunning();
+      return (byOctets ? written : m_modem.Given()) >= killAt || idle || !host.IsRunning();
     };
     EXPECT_TRUE(m_modem.RunUntil(isTime, kLimit)) << "the host neither speaks nor ends";
     m_modem.RunFor(std::chrono::microseconds(Random(0, std::size_t(1) << Random(0, 13))));
     m_uKilled += host.Kill() ? 1 : 0;
+    PutBackUnacknowledged();
+  }
+
+  /// What came directly and nobody has acknowledged is the centre's again, and goes to the card.
+  void PutBackUnacknowledged() {
+    if (GetParam()) {
+      m_modem.Modem().PowerOff();
+      m_modem.Modem().PowerOn();
+    }
+  }
+
+  /// How many letters the next life gets.
+  std::size_t Share() {
+    const std::size_t share = (m_letters.size() - m_uArrived) / (m_uKills - m_uKilled);
+    return Random(share / 2, share + share / 2 + 1) + 1;
   }
 
   /// Every letter that has arrived is in the database or on the card.
   void ExpectNothingLost() {
-    const TokenCount stored = TokensOf(ContentsInDatabase(m_home.DatabaseFile()));
+    const TokenCount stored = TokensOf(Contents());
     const TokenCount waiting = TokensOf(m_modem.ContentsOnCard());
     ASSERT_EQ(0U, m_modem.Modem().Waiting());
     for (std::size_t i = 0; i < m_uArrived; ++i) {
@@ -139,12 +158,13 @@ protected:
       Feed(left);
       CChildProgram pull(Command({"pull", "sim"}));
       ASSERT_TRUE(m_modem.RunUntil([&] { return !pull.IsRunning(); }, kLimit));
+      PutBackUnacknowledged();
     }
   }
 
   /// Every long message has been put together, and nothing is stored twice or besides.
   void ExpectEveryMessageOnce() {
-    std::vector<std::string> contents = ContentsInDatabase(m_home.DatabaseFile());
+    std::vector<std::string> contents = Contents();
     std::sort(contents.begin(), contents.end());
     std::sort(m_wholes.begin(), m_wholes.end());
     EXPECT_EQ(m_wholes, contents) << "SMS_SEED=" << m_uSeed;
@@ -167,13 +187,11 @@ protected:
 
 }  // namespace
 
-TEST_F(KilledHost, LosesNoMessageThatTheCardHeld) {
+TEST_P(KilledHost, LosesNoMessage) {
+  m_letters = WritePost(m_uKills * 5, m_random, m_wholes);
   while (m_uKilled < m_uKills && !HasFatalFailure()) {
-    const std::size_t lives = m_uKills - m_uKilled;
     const bool stuck = m_modem.Modem().Card().Used() > kRoom / 2;  // read in an earlier life: only "pull" moves them
-    const std::size_t share = (m_letters.size() - m_uArrived) / lives;
-    LiveAndDie(stuck ? std::vector<std::string>{"pull", "sim"} : std::vector<std::string>{"watch"},
-               Random(share / 2, share + share / 2 + 1) + 1);
+    LiveAndDie(stuck ? std::vector<std::string>{"pull", "sim"} : std::vector<std::string>{"watch"}, Share());
     ExpectNothingLost();
   }
   if (HasFatalFailure()) {
@@ -186,3 +204,6 @@ TEST_F(KilledHost, LosesNoMessageThatTheCardHeld) {
       m_uKilled, m_uArrived, m_inBoth.size(), m_twiceStored.size());
   ExpectEveryMessageOnce();
 }
+
+INSTANTIATE_TEST_SUITE_P(WhenTheyCome, KilledHost, ::testing::Bool(),
+                         [](const auto& row) { return row.param ? "Directly" : "ByWayOfTheCard"; });

@@ -48,6 +48,6 @@ std::vector<std::string> CModemOnAPort::ContentsOnCard() const {
 
 void CModemOnAPort::Write(const std::string& bytes) {
   m_uWritten += bytes.size();
-  m_uRead += bytes.find("+CMGR:") == std::string::npos ? 0 : 1;
+  m_uGiven += bytes.find("+CMGR:") == std::string::npos && bytes.find("+CMT:") == std::string::npos ? 0 : 1;
   m_port.Write(bytes);
 }

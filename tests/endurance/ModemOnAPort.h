@@ -19,8 +19,8 @@ public:
   modem_sim::CSimulatedModem& Modem() { return m_modem; }
   /// Octets that the modem has written so far.
   std::size_t Written() const { return m_uWritten; }
-  /// Messages that the computer has read one by one so far.
-  std::size_t Read() const { return m_uRead; }
+  /// Messages that the computer has read one by one so far, and those that came directly.
+  std::size_t Given() const { return m_uGiven; }
   /// Serves the port until the condition holds; it is looked at after everything that happens, and every millisecond.
   /// @return false: not within the time.
   bool RunUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
@@ -38,5 +38,5 @@ private:
   modem_sim::CPtyPort m_port{m_context};
   modem_sim::CSimulatedModem m_modem;
   std::size_t m_uWritten = 0;
-  std::size_t m_uRead = 0;
+  std::size_t m_uGiven = 0;
 };

@@ -4,16 +4,15 @@
 
 namespace {
 
-sms_pdu::Deliver MessageFrom(std::size_t sender, const std::string& text) {
-  sms_pdu::Deliver message;
-  sms_pdu::MakeAddress(("+4917" + std::to_string(100000000 + sender)).c_str(), &message.originator);
-  message.time.year = 2024;
-  message.time.month = 5;
-  message.time.day = 6;
-  message.time.hour = 7;
-  const std::u16string wide(text.begin(), text.end());
-  sms_pdu::SetText(&message.userData, wide.data(), wide.size());
-  return message;
+std::string NumberOf(std::size_t person) { return "+4917" + std::to_string(100000000 + person); }
+
+sms_pdu::TimeStamp Morning() {
+  sms_pdu::TimeStamp time;
+  time.year = 2024;
+  time.month = 5;
+  time.day = 6;
+  time.hour = 7;
+  return time;
 }
 
 /// A few words, different for every token.
@@ -21,28 +20,33 @@ std::string TextOf(const std::string& token, std::mt19937& random) {
   return token + std::string(std::uniform_int_distribution<std::size_t>(1, 100)(random), 'x');
 }
 
-Letter SingleLetter(std::size_t number, std::mt19937& random) {
-  Letter letter;
-  letter.token = "[" + std::to_string(number) + "]";
-  letter.message = MessageFrom(number % 7, TextOf(letter.token, random));
-  return letter;
+sms_pdu::Deliver MessageFrom(std::size_t person, const std::string& text) {
+  sms_pdu::Deliver message;
+  sms_pdu::MakeAddress(NumberOf(person).c_str(), &message.originator);
+  message.time = Morning();
+  const std::u16string wide(text.begin(), text.end());
+  sms_pdu::SetText(&message.userData, wide.data(), wide.size());
+  return message;
 }
 
-Letter PartLetter(std::size_t number, BYTE sequence, BYTE total, std::mt19937& random) {
-  Letter letter;
-  letter.token = "[" + std::to_string(number) + "." + std::to_string(sequence) + "]";
-  letter.message = MessageFrom(number, TextOf(letter.token, random));
+/// @param text  out: what it says.
+Letter SingleLetter(std::size_t number, std::mt19937& random, std::string& text) {
+  const std::string token = "[" + std::to_string(number) + "]";
+  text = TextOf(token, random);
+  return {token, MessageFrom(number % 7, text)};
+}
+
+Letter PartLetter(std::size_t number, std::size_t sequence, std::size_t total, std::mt19937& random,
+                  std::string& text) {
+  const std::string token = "[" + std::to_string(number) + "." + std::to_string(sequence) + "]";
+  text = TextOf(token, random);
+  sms_pdu::Deliver message = MessageFrom(number, text);
   sms_pdu::Concatenation part;
   part.reference = static_cast<WORD>(number & 0xFF);
-  part.total = total;
-  part.sequence = sequence;
-  sms_pdu::AddConcatenation(&letter.message.userData.header, part);
-  return letter;
-}
-
-std::string ContentOf(const Letter& letter) {
-  const sms_pdu::UserData& data = letter.message.userData;
-  return std::string(data.text, data.text + data.textLength);
+  part.total = static_cast<BYTE>(total);
+  part.sequence = static_cast<BYTE>(sequence);
+  sms_pdu::AddConcatenation(&message.userData.header, part);
+  return {token, message};
 }
 
 }  // namespace
@@ -53,9 +57,10 @@ std::vector<Letter> WritePost(std::size_t count, std::mt19937& random, std::vect
     const std::size_t total = number % 5 != 0 ? 1 : std::min<std::size_t>(count - letters.size(), 2 + random() % 5);
     std::string whole;
     for (std::size_t sequence = 1; sequence <= total; ++sequence) {
-      letters.push_back(total == 1 ? SingleLetter(number, random)
-                                   : PartLetter(number, static_cast<BYTE>(sequence), static_cast<BYTE>(total), random));
-      whole += ContentOf(letters.back());
+      std::string text;
+      letters.push_back(total == 1 ? SingleLetter(number, random, text)
+                                   : PartLetter(number, sequence, total, random, text));
+      whole += text;
     }
     wholes.push_back(whole);
   }
