@@ -1,4 +1,5 @@
 // Lines of octets as a modem gives them, read into the structures of the services: nothing is lost, nothing overruns.
+#include "CellBroadcast.h"
 #include "MessageConversion.h"
 #include "Property.h"
 
@@ -43,13 +44,13 @@ void TryMessage(const std::string& line, SMS_STAT state) {
   }
 }
 
-void TryPage(const std::string& line) {
-  CBSMessage page;
-  std::fill(std::begin(page.wszContent), std::end(page.wszContent), u'?');
-  page.Sequence = page.TotalNumber = 0;
-  const bool read = modem::ReadPage(line, page);
-  Require(read == (page.Sequence != 0), "a page, or what was there before");
-  Require(!read || (page.Sequence <= page.TotalNumber && page.TotalNumber <= 15), "a page has a place");
+void TryPages(const std::string& line) {
+  const std::vector<CBSMessage> pages = modem::ReadPages(line);
+  Require(pages.size() <= sms_pdu::kBroadcastPages, "a message has so many pages");
+  for (const CBSMessage& page : pages) {
+    Require(page.Sequence != 0 && page.Sequence <= page.TotalNumber && page.TotalNumber <= sms_pdu::kBroadcastPages,
+            "a page has a place");
+  }
 }
 
 }  // namespace
@@ -67,6 +68,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     line = digits;
   }
   TryMessage(line, state);
-  TryPage(line);
+  TryPages(line);
   return 0;
 }

@@ -196,6 +196,22 @@ void KeepAsText(const std::string& hex, SMReadRecord& record) {
   std::copy_n(hex.begin(), record.dwLength, record.wszContent);
 }
 
+CBSMessage PageOf(const sms_pdu::BroadcastPage& read) {
+  CBSMessage page = {};
+  page.SerialNumber = read.serial;
+  page.MessageId = read.messageId;
+  page.Sequence = read.page;
+  page.TotalNumber = read.pages;
+  std::copy_n(read.text, read.textLength, page.wszContent);
+  std::size_t octets = read.octetCount;
+  while (octets > 0 && read.octets[octets - 1] == 0) {
+    --octets;  // fills the page up
+  }
+  std::copy_n(read.octets, octets, page.wszContent);  // one unit an octet; there is no text then
+  std::replace(page.wszContent, page.wszContent + std::max<std::size_t>(read.textLength, octets), u'\0', kNull);
+  return page;
+}
+
 sms_pdu::PduError FillUserData(const SMS_PARAM& part, sms_pdu::UserData& data) {
   data.dcs = DcsOf(part.cDCS);
   const std::size_t length = static_cast<std::size_t>(std::clamp(part.iContentLen, 0, 160));
@@ -316,22 +332,23 @@ bool ToLine(const std::string& hex, PduLine& out) {
   return true;
 }
 
-bool ReadPage(const std::string& hex, CBSMessage& page) {
-  BYTE octets[sms_pdu::kPageOctets];
+std::vector<CBSMessage> ReadPages(const std::string& hex) {
+  const std::size_t kMostOctets = 7 + sms_pdu::kBroadcastPages * (sms_pdu::kPageContentOctets + 1);
+  BYTE octets[kMostOctets];
   std::size_t size = 0;
-  sms_pdu::BroadcastPage read;
-  if (sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size) != sms_pdu::PduError::None ||
-      sms_pdu::DecodePage(octets, size, &read) != sms_pdu::PduError::None) {
-    return false;
+  sms_pdu::BroadcastPage read[sms_pdu::kBroadcastPages];
+  std::size_t count = 1;
+  sms_pdu::PduError error = sms_pdu::HexToOctets(hex.data(), hex.size(), octets, sizeof octets, &size);
+  if (error == sms_pdu::PduError::None && size <= sms_pdu::kPageOctets) {
+    error = sms_pdu::DecodePage(octets, size, read);
+  } else if (error == sms_pdu::PduError::None) {
+    error = sms_pdu::DecodeBroadcastMessage(octets, size, read, sms_pdu::kBroadcastPages, &count);
   }
-  page = CBSMessage();
-  page.SerialNumber = read.serial;
-  page.MessageId = read.messageId;
-  page.Sequence = read.page;
-  page.TotalNumber = read.pages;
-  std::copy_n(read.text, read.textLength, page.wszContent);
-  std::copy_n(read.octets, read.octetCount, page.wszContent);  // one unit an octet; there is no text then
-  return true;
+  std::vector<CBSMessage> pages;
+  if (error == sms_pdu::PduError::None) {
+    std::transform(read, read + count, std::back_inserter(pages), PageOf);
+  }
+  return pages;
 }
 
 sms_pdu::PduError MakeSubmit(const SMS_PARAM& part, const WMSConfigurationType& config, PduLine& out) {

@@ -6,6 +6,7 @@
 #include "SmsPdu.h"
 
 #include <string>
+#include <vector>
 
 namespace modem {
 
@@ -21,9 +22,10 @@ struct ReadRules {
 /// @param enStat  state in the device memory; outgoing states expect an SMS-SUBMIT.
 SMReadRecord ReadPdu(const std::string& hex, SMS_STAT enStat, const ReadRules& rules = {});
 
-/// Reads a broadcast page (3GPP TS 23.041, 9.4.1.2) as the modem gives it: hexadecimal.
-/// @return false: it is damaged.
-bool ReadPage(const std::string& hex, CBSMessage& page);
+/// Reads a broadcast page, or all pages of a message of UMTS (3GPP TS 23.041, 9.4.1.2 and 9.4.2.2), as the modem gives
+/// them: hexadecimal.
+/// @return empty: they are damaged.
+std::vector<CBSMessage> ReadPages(const std::string& hex);
 
 /// An AT line's worth of PDU.
 struct PduLine {

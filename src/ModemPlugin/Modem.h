@@ -140,7 +140,7 @@ private:
   bool OnCard(const std::string& line);
   void ApplyCard(SimState sim, DevDataDef::PinStatus pin);
   void RaiseMessage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
-  void RaisePage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
+  void RaisePages(const std::string& hex, const CEventRaiser::RaisedCall& onRaised);
   void Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage);
   void Acknowledge(bool bTaken);
   void KeepInMemory(const std::string& hex);

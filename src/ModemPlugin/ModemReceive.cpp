@@ -30,7 +30,7 @@ void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
   } else if (StartsWith(line, "+CMT:") || StartsWith(line, "+CDS:")) {
     OnDirectMessage(line, data);
   } else if (StartsWith(line, "+CBM:")) {
-    RaisePage(data, {});
+    RaisePages(data, {});
   } else if (OnRegistration(line) || OnCard(line)) {
     return;
   } else if (TellsRestart(line)) {
@@ -78,15 +78,18 @@ void CModem::Fetch(const std::string& memory, MSG_HANDLE hMsg, bool bPage) {
       });
     }
   };
-  bPage ? RaisePage(message.hex, settle) : RaiseMessage(message.hex, settle);
+  bPage ? RaisePages(message.hex, settle) : RaiseMessage(message.hex, settle);
 }
 
-void CModem::RaisePage(const std::string& hex, const CEventRaiser::RaisedCall& onRaised) {
-  CBSMessage page;
-  if (ReadPage(hex, page)) {
-    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, page, onRaised);
-  } else {
-    TraceFault("a damaged broadcast page");
+void CModem::RaisePages(const std::string& hex, const CEventRaiser::RaisedCall& onRaised) {
+  const std::vector<CBSMessage> pages = ReadPages(hex);
+  for (std::size_t page = 0; page < pages.size(); ++page) {
+    const bool last = page + 1 == pages.size();
+    m_events.Raise(CEventRaiser::Source::kMessages, CBS_CONTENT_DIRECT_NOTIFY, pages[page],
+                   last ? onRaised : CEventRaiser::RaisedCall());
+  }
+  if (pages.empty()) {
+    TraceFault("a damaged broadcast page: " + hex);
   }
 }
 

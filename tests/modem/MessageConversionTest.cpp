@@ -15,6 +15,13 @@ using namespace modem;
 
 const char kCentre[] = "0791947101670000";
 
+/// The only page.
+CBSMessage PageOf(const std::string& hex) {
+  const std::vector<CBSMessage> pages = ReadPages(hex);
+  EXPECT_EQ(1u, pages.size());
+  return pages.empty() ? CBSMessage() : pages[0];
+}
+
 /// A received message as a modem writes it.
 std::string HexOf(const sms_pdu::Deliver& message) {
   BYTE octets[sms_pdu::kTpduOctets];
@@ -571,8 +578,7 @@ TEST(MessageConversion, ReadsABroadcastPage) {
   sms_pdu::PackSeptets(septets, 93, 0, octets);
   char digits[2 * sizeof octets + 1];
   sms_pdu::OctetsToHex(octets, sizeof octets, digits);
-  CBSMessage page;
-  ASSERT_TRUE(ReadPage(hex + digits, page));
+  const CBSMessage page = PageOf(hex + digits);
   EXPECT_EQ(0x1234u, page.SerialNumber);
   EXPECT_EQ(0xFFu, page.MessageId);
   EXPECT_EQ(3, page.Sequence);
@@ -585,19 +591,39 @@ TEST(MessageConversion, ReadsEveryCodingOfAPageWithoutHarm) {
   for (int dcs = 0; dcs < 256; ++dcs) {
     char head[16];
     std::snprintf(head, sizeof head, "00010002%02X11", static_cast<unsigned>(dcs));
-    CBSMessage page;
-    EXPECT_TRUE(ReadPage(std::string(head) + std::string(164, 'F'), page)) << dcs;
-    EXPECT_TRUE(ReadPage(head, page)) << dcs;
-    EXPECT_EQ(0, page.wszContent[0]);
+    EXPECT_EQ(1u, ReadPages(std::string(head) + std::string(164, 'F')).size()) << dcs;
+    EXPECT_EQ(0, PageOf(head).wszContent[0]) << dcs;
   }
 }
 
-TEST(MessageConversion, RefusesADamagedPage) {
-  CBSMessage page;
-  for (const std::string hex : {"", "00", "0001000200", "0001000200x1", "000100020011F"}) {
-    EXPECT_FALSE(ReadPage(hex, page)) << hex;
+TEST(MessageConversion, ReadsOctetsOfAPageUpToWhatFillsItUp) {
+  EXPECT_EQ(u"A\u2400B", VELK_wstring(PageOf("00010002441141004200000000").wszContent));
+}
+
+TEST(MessageConversion, ReadsAllPagesOfAMessageOfUmts) {
+  std::string hex = "01003212344802";  // type, channel, serial number, UCS-2, two pages
+  for (const std::string content : {"00480069", "0021"}) {
+    char used[3];
+    std::snprintf(used, sizeof used, "%02X", static_cast<unsigned>(content.size() / 2));
+    hex += content + std::string(164 - content.size(), '0') + used;
   }
-  EXPECT_FALSE(ReadPage(std::string(2 * 89, '0'), page));
+  const std::vector<CBSMessage> pages = ReadPages(hex);
+  ASSERT_EQ(2u, pages.size());
+  for (std::size_t page = 0; page < 2; ++page) {
+    EXPECT_EQ(0x1234u, pages[page].SerialNumber);
+    EXPECT_EQ(0x32u, pages[page].MessageId);
+    EXPECT_EQ(page + 1, pages[page].Sequence);
+    EXPECT_EQ(2, pages[page].TotalNumber);
+  }
+  EXPECT_EQ(u"Hi", VELK_wstring(pages[0].wszContent));
+  EXPECT_EQ(u"!", VELK_wstring(pages[1].wszContent));
+}
+
+TEST(MessageConversion, RefusesADamagedPage) {
+  for (const std::string hex : {"", "00", "0001000200", "0001000200x1", "000100020011F"}) {
+    EXPECT_TRUE(ReadPages(hex).empty()) << hex;
+  }
+  EXPECT_TRUE(ReadPages(std::string(2 * 89, '0')).empty());
 }
 
 }  // namespace
