@@ -7,7 +7,7 @@ set -eu
 packages=(
   g++ cmake ninja-build python3 binutils    # build and checks
   libboost-dev libcli11-dev libsqlite3-dev libudev-dev
-  libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev umockdev
+  libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev umockdev libumockdev-dev pkgconf
   "$@"
 )
 

@@ -185,6 +185,22 @@ TEST_F(ModemFinder, TakesWhateverModemStandsAtTheNamedPlace) {
   EXPECT_EQ("", FindAgain(Imei(kFirst), before));
 }
 
+TEST_F(ModemFinder, FindsASimAgainInAModemOfAnotherKind) {
+  m_bus.Plug("/dev/ttyUSB1", "1-2", "02", kFirst);
+  const modem::BusPort before = m_bus.Ports()[0];
+  m_bus.Unplug("/dev/ttyUSB1");
+  modem::BusPort other = before;
+  other.path = "/dev/ttyACM0";
+  other.place = "1-3";
+  other.vendorId = "1199";
+  other.interfaceNumber = "00";
+  m_bus.Plug(other, kSecond);
+  modem::PortAnswer answer = m_bus.Probe(other.path);
+  answer.iccid = "89490200001234567890";
+  m_bus.Answer(other.path, answer);
+  EXPECT_EQ("/dev/ttyACM0", FindAgain({"", answer.iccid, ""}, before));
+}
+
 TEST(LineAddress, NamesAModemByWhatItIs) {
   const std::pair<const char*, LineAddress::Kind> kRows[] = {{"imei:350000000000017", LineAddress::Kind::kImei},
                                                              {"imei:35000000000001", LineAddress::Kind::kImei},

@@ -1,6 +1,7 @@
 #include "ModemFinder.h"
 
 #include "DevicePath.h"
+#include "Guarded.h"
 
 #include <algorithm>
 #include <future>
@@ -27,11 +28,12 @@ bool Fits(const PortAnswer& answer, const ModemWish& wish) {
          (wish.iccid.empty() || IsSameIccid(answer.iccid, wish.iccid));
 }
 
-/// A port of another interface of the same modem is not the one that served before; it may only have come first.
+/// A port of another interface of the same modem is not the one that served before; it may only have come first. What
+/// is named by its place or its SIM may be a modem of another kind now.
 bool CanBeAgain(const BusPort& port, const ModemWish& wish, const BusPort& before) {
   const bool sameKind = port.vendorId == before.vendorId;
-  const bool sameInterface = port.interfaceNumber == before.interfaceNumber;
-  return wish.place.empty() ? sameKind && sameInterface : port.place == wish.place && (sameInterface || !sameKind);
+  const bool samePlace = wish.place.empty() || port.place == wish.place;
+  return samePlace && (sameKind ? port.interfaceNumber == before.interfaceNumber : wish.imei.empty());
 }
 
 std::string NameOf(const AskedPort& asked) {
@@ -91,6 +93,10 @@ std::vector<AskedPort> CModemFinder::Ask(const Filter& isWanted, bool bAdapters)
 }
 
 std::vector<FoundModem> CModemFinder::FindModems() {
+  return Guarded([this] { return List(); });
+}
+
+std::vector<FoundModem> CModemFinder::List() const {
   std::vector<FoundModem> modems;
   const auto take = [](const std::string& told, std::string& kept) { kept = told.empty() ? kept : told; };
   for (const AskedPort& asked : Ask([](const BusPort&) { return true; }, false)) {

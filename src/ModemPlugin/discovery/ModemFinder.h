@@ -48,6 +48,7 @@ public:
 private:
   typedef std::function<bool(const BusPort&)> Filter;
 
+  std::vector<FoundModem> List() const;
   std::vector<AskedPort> Ask(const Filter& isWanted, bool bAdapters) const;
   std::optional<AskedPort> Choose(const std::vector<AskedPort>& asked, const ModemWish& wish, std::string& error) const;
 

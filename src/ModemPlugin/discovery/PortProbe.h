@@ -27,8 +27,7 @@ typedef std::function<std::unique_ptr<IByteStream>(const std::string& path, std:
 /// Threads: any; on a port that nobody else uses.
 PortAnswer ProbePort(const std::string& path, const PortOpener& open);
 
-/// The digits of the first number in a reply, without check digit and version (3GPP TS 23.003, 6.2): what tells two
-/// IMEIs apart.
+/// Whatever check digit or version stands behind the 14 digits (3GPP TS 23.003, 6.2).
 bool IsSameImei(const std::string& left, const std::string& right);
 /// Some modems leave the last digit out.
 bool IsSameIccid(const std::string& left, const std::string& right);

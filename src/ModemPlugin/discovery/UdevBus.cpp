@@ -120,7 +120,7 @@ std::vector<BusPort> CUdevBus::Ports() {
 }
 
 std::unique_ptr<IBusWatch> CUdevBus::Watch(const ChangeHandler& onChange) {
-  if (access("/run/udev/control", F_OK) != 0) {
+  if (access(m_strDaemonSocket.c_str(), F_OK) != 0) {
     return nullptr;  // a monitor could be made, but nobody would speak
   }
   Ref<udev> system(udev_new());
