@@ -13,10 +13,6 @@ const int kPinLength = 8;
 
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
-bool IsPin(const std::string& text) {
-  return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 /// Takes the '+' away, which the type says as well.
 PhonebookEntry EntryOf(const std::string& number, int type) {
   PhonebookEntry entry;
@@ -40,6 +36,10 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::CardCommands() {
       {"+CPBF", &M::OnFindPhonebook}, {"+CPBW", &M::OnWritePhonebook},
   };
   return kCommands;
+}
+
+bool CSimulatedModem::IsPin(const std::string& text) {
+  return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 /// Whether it is the card's PIN; a wrong one counts against the tries.

@@ -1,6 +1,7 @@
 // Conversions between the computer's character set and text.
 #include "CharacterSet.h"
 
+#include "HexText.h"
 #include "SmsPdu.h"
 
 #include <vector>
@@ -35,13 +36,6 @@ bool FromSeptets(const std::vector<BYTE>& septets, VELK_wstring* out) {
   return true;
 }
 
-std::string ToHex(const std::vector<BYTE>& octets) {
-  std::string digits(2 * octets.size() + 1, '\0');
-  sms_pdu::OctetsToHex(octets.data(), octets.size(), digits.data());
-  digits.pop_back();
-  return digits;
-}
-
 bool FromHex(const std::string& digits, std::vector<BYTE>* out) {
   out->resize(digits.size() / 2);
   std::size_t written = 0;
@@ -55,7 +49,7 @@ std::string EncodeUcs2(const VELK_wstring& text) {
     octets.push_back(static_cast<BYTE>(unit >> 8));
     octets.push_back(static_cast<BYTE>(unit & 0xFF));
   }
-  return ToHex(octets);
+  return HexOf(octets);
 }
 
 bool DecodeUcs2(const std::string& digits, VELK_wstring* out) {
@@ -114,7 +108,7 @@ std::string Encode(CharacterSet set, const VELK_wstring& text) {
     case CharacterSet::Ucs2:
       return EncodeUcs2(text);
     case CharacterSet::Hex:
-      return ToHex(ToSeptets(text));
+      return HexOf(ToSeptets(text));
   }
   return {};
 }

@@ -4,6 +4,7 @@
 #include "ControlRequest.h"
 #include "Delivery.h"
 #include "FaultRequest.h"
+#include "HexText.h"
 #include "Pages.h"
 #include "Pieces.h"
 #include "PushEncoder.h"
@@ -22,15 +23,6 @@ struct Bench {
   CSimulatedModem& modem;
   IModemWorld& world;
 };
-
-std::string Hex(const BYTE* octets, std::size_t size) {
-  std::string digits(2 * size + 1, '\0');
-  sms_pdu::OctetsToHex(octets, size, digits.data());
-  digits.pop_back();
-  return digits;
-}
-
-std::string Hex(const std::vector<BYTE>& octets) { return Hex(octets.data(), octets.size()); }
 
 void Require(bool holds, const std::string& error) {
   if (!holds) throw BadRequest(error);
@@ -293,7 +285,7 @@ void DescribeContent(const sms_pdu::UserData& content, Json* out) {
   (*out)["dcs"] = content.dcs;
   if (coding.messageClass >= 0) (*out)["class"] = coding.messageClass;
   if (coding.coding == sms_pdu::Coding::Octets || coding.compressed) {
-    (*out)["data"] = Hex(content.octets, content.octetCount);
+    (*out)["data"] = HexOf(content.octets, content.octetCount);
   } else {
     (*out)["text"] = ToUtf8(VELK_wstring(content.text, content.textLength));
   }
@@ -308,7 +300,7 @@ void DescribeContent(const sms_pdu::UserData& content, Json* out) {
 std::string TextOf(const sms_pdu::Address& address) { return ToUtf8(VELK_wstring(address.text, address.length)); }
 
 Json Describe(const SentMessage& sent) {
-  Json out = {{"number", sent.number}, {"reference", sent.reference}, {"pdu", Hex(sent.tpdu)}};
+  Json out = {{"number", sent.number}, {"reference", sent.reference}, {"pdu", HexOf(sent.tpdu)}};
   sms_pdu::Submit submit;
   if (sms_pdu::DecodeSubmit(sent.tpdu.data(), sent.tpdu.size(), &submit) != sms_pdu::PduError::None) return out;
   out["report"] = submit.statusReportRequest;
@@ -332,7 +324,7 @@ Json Describe(int index, const StoredMessage& stored) {
   static const char* const kNames[] = {"unread", "read", "unsent", "sent"};
   const BYTE* const tpdu = stored.pdu.data() + (stored.pdu.size() - stored.tpduLength);
   Json out = {
-      {"index", index}, {"status", kNames[static_cast<int>(stored.status)]}, {"pdu", Hex(tpdu, stored.tpduLength)}};
+      {"index", index}, {"status", kNames[static_cast<int>(stored.status)]}, {"pdu", HexOf(tpdu, stored.tpduLength)}};
   const bool received = stored.status == MessageStatus::Unread || stored.status == MessageStatus::Read;
   const bool isReport =
       received && stored.tpduLength > 0 && sms_pdu::TypeTowardsDevice(tpdu[0]) == sms_pdu::TpduType::StatusReport;

@@ -16,10 +16,6 @@ const char kOperatorNumber[] = "00101";
 
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
-bool IsPin(const std::string& text) {
-  return text.size() >= 4 && text.size() <= 8 && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 /// Some programs leave the quotation marks out.
 std::string WithQuotes(const std::string& values) {
   if (values.find('"') != std::string::npos) return values;

@@ -1,5 +1,6 @@
 // Commands of 3GPP TS 27.005 and their PDU mode.
 #include "ErrorCodes.h"
+#include "HexText.h"
 #include "SimulatedModem.h"
 
 #include <algorithm>
@@ -72,13 +73,6 @@ CSimulatedModem::Result CSimulatedModem::CardError() const {
 
 std::string CSimulatedModem::FillOf(Memory memory) {
   return std::to_string(Store(memory).Used()) + ',' + std::to_string(Store(memory).Capacity());
-}
-
-std::string CSimulatedModem::HexOf(const std::vector<BYTE>& octets) {
-  std::string digits(2 * octets.size() + 1, '\0');
-  sms_pdu::OctetsToHex(octets.data(), octets.size(), digits.data());
-  digits.pop_back();
-  return digits;
 }
 
 void CSimulatedModem::InformMessage(const std::string& head, const StoredMessage& message) {

@@ -238,6 +238,7 @@ private:
   Result OnReadPhonebook(const AtCommand& command);
   Result OnFindPhonebook(const AtCommand& command);
   Result OnWritePhonebook(const AtCommand& command);
+  static bool IsPin(const std::string& text);
   bool IsPinOfCard(const std::string& pin);
   CPhonebook OwnNumbers() const;
   CPhonebook Phonebook() const { return m_bOwnNumbers ? OwnNumbers() : m_phonebook; }
@@ -282,7 +283,6 @@ private:
   static const char* NameOf(Memory memory) { return memory == Memory::Sim ? "SM" : "ME"; }
   std::string FillOf(Memory memory);
   void InformMessage(const std::string& head, const StoredMessage& message);
-  static std::string HexOf(const std::vector<BYTE>& octets);
 
   // Its text mode: TextCommands.cpp
   bool TextMode() const { return m_iFormat == 1; }

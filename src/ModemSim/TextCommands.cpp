@@ -1,5 +1,6 @@
 // Commands of 3GPP TS 27.005 in text mode.
 #include "ErrorCodes.h"
+#include "HexText.h"
 #include "SimulatedModem.h"
 
 namespace modem_sim {
@@ -23,7 +24,7 @@ bool ParseValidity(const CValues& values, std::size_t place, BYTE firstOctet, sm
   std::string text;
   int number = 0;
   std::size_t written = 0;
-  switch (static_cast<sms_pdu::ValidityFormat>(firstOctet >> 3 & 0x03)) {
+  switch (FormatOf(firstOctet)) {
     case sms_pdu::ValidityFormat::None:
       return true;
     case sms_pdu::ValidityFormat::Relative:
@@ -76,7 +77,7 @@ CSimulatedModem::Result CSimulatedModem::OnTextParameters(const AtCommand& comma
   if (command.form == AtCommand::Form::Test) return Ok();
   if (command.form == AtCommand::Form::Read) {
     sms_pdu::Validity validity = m_textParameters.validity;
-    validity.format = static_cast<sms_pdu::ValidityFormat>(m_textParameters.firstOctet >> 3 & 0x03);
+    validity.format = FormatOf(m_textParameters.firstOctet);
     Inform("+CSMP: " + std::to_string(m_textParameters.firstOctet) + ',' + TextOf(validity) + ',' +
            std::to_string(m_textParameters.protocolId) + ',' + std::to_string(m_textParameters.dcs));
     return Ok();

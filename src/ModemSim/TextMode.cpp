@@ -1,25 +1,18 @@
 // Messages in text mode.
 #include "TextMode.h"
 
+#include "HexText.h"
+
 #include <algorithm>
 #include <cstdio>
 
 namespace modem_sim {
 namespace {
 
-const unsigned kFormatShift = 3;  // TP-VPF
-
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
 std::string NumberOf(const sms_pdu::Address& address, CharacterSet set) {
   return Quoted(Encode(set, VELK_wstring(address.text, address.length)));
-}
-
-std::string HexOf(const BYTE* octets, std::size_t size) {
-  std::string digits(2 * size + 1, '\0');
-  sms_pdu::OctetsToHex(octets, size, digits.data());
-  digits.pop_back();
-  return digits;
 }
 
 const BYTE* TpduOf(const StoredMessage& message) {
@@ -34,10 +27,6 @@ bool IsFromComputer(const StoredMessage& message) {
 bool IsText(BYTE firstOctet, BYTE dcs) {
   const sms_pdu::DataCoding coding = sms_pdu::ParseDataCoding(dcs);
   return coding.coding == sms_pdu::Coding::Gsm7 && !coding.compressed && (firstOctet & kUserDataHeaderBit) == 0;
-}
-
-sms_pdu::ValidityFormat FormatOf(BYTE firstOctet) {
-  return static_cast<sms_pdu::ValidityFormat>(firstOctet >> kFormatShift & 0x03);
 }
 
 /// What is shown of an SMS-DELIVER or SMS-SUBMIT.

@@ -12,6 +12,11 @@ namespace modem_sim {
 
 const BYTE kUserDataHeaderBit = 0x40;  // TP-UDHI of the first octet
 
+/// TP-VPF.
+inline sms_pdu::ValidityFormat FormatOf(BYTE firstOctet) {
+  return static_cast<sms_pdu::ValidityFormat>(firstOctet >> 3 & 0x03);
+}
+
 /// What text mode knows about a message besides its text: +CSMP.
 struct TextParameters {
   BYTE firstOctet = 17;                                                           // SMS-SUBMIT with a relative validity
