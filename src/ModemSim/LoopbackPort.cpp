@@ -35,7 +35,7 @@ bool CLoopbackPort::Open(int port, std::string* error) {
   return true;
 }
 
-void CLoopbackPort::Start(CSimulatedModem& modem) {
+void CLoopbackPort::Start(IPortUser& modem) {
   m_pModem = &modem;
   AcceptMore();
 }

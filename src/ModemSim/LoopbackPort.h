@@ -21,7 +21,7 @@ public:
   bool Open(int port, std::string* error);
   /// "tcp:127.0.0.1:7000"
   std::string Path() const { return "tcp:127.0.0.1:" + std::to_string(m_iPort); }
-  void Start(CSimulatedModem& modem);
+  void Start(IPortUser& modem);
 
   void Write(const std::string& bytes) override;
   void Unplug() override;
@@ -38,7 +38,7 @@ private:
   boost::asio::ip::tcp::socket m_socket;
   int m_iPort = 0;
   std::uint64_t m_uLife = 0;  // tells late completions from those of the current client
-  CSimulatedModem* m_pModem = nullptr;
+  IPortUser* m_pModem = nullptr;
   std::array<char, 1024> m_input{};
   std::string m_strOutput;   // not yet handed to the system
   std::string m_strWriting;  // being handed to it

@@ -104,7 +104,7 @@ bool CPtyPort::Link(const std::string& link, std::string* error) {
   return true;
 }
 
-void CPtyPort::Start(CSimulatedModem& modem) {
+void CPtyPort::Start(IPortUser& modem) {
   m_pModem = &modem;
   const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
   if (watch >= 0) {

@@ -29,7 +29,7 @@ public:
   /// Makes a symbolic link to Path(), in place of one that is there; it goes with the device.
   /// @return false: *error says why.
   bool Link(const std::string& link, std::string* error);
-  void Start(CSimulatedModem& modem);
+  void Start(IPortUser& modem);
   /// The device and the link vanish, and come back: another device, the same link.
   void Unplug() override;
   bool Plug(std::string* error) override;
@@ -52,7 +52,7 @@ private:
   int m_iOpened = 0;                              // times that the other side has the device open
   std::string m_strPath;
   std::string m_strLink;
-  CSimulatedModem* m_pModem = nullptr;
+  IPortUser* m_pModem = nullptr;
   std::array<char, 1024> m_input{};
   alignas(8) std::array<char, 4096> m_events{};
   std::string m_strOutput;   // not yet handed to the system

@@ -38,6 +38,18 @@ protected:
   ~IModemWorld() {}
 };
 
+/// What is at the modem's end of a port. Threads: the modem's one thread.
+class IPortUser {
+public:
+  /// Bytes from the computer, in any portions.
+  virtual void Receive(const char* bytes, std::size_t count) = 0;
+  /// The computer has closed the port.
+  virtual void HangUp() = 0;
+
+protected:
+  ~IPortUser() {}
+};
+
 enum class Memory : std::size_t { Sim = 0, Equipment = 1 };
 
 /// What became of a broadcast page.
@@ -55,7 +67,7 @@ struct SentMessage {
 ///           V.250.
 /// Threads:  one, that of the caller; calls of IModemWorld::After come on the same one.
 /// Errors:   none; what the computer does wrong is answered in AT.
-class CSimulatedModem {
+class CSimulatedModem : public IPortUser {
 public:
   /// @param world  must outlive the modem.
   CSimulatedModem(const ModemOptions& options, IModemWorld& world);
@@ -63,9 +75,9 @@ public:
   CSimulatedModem& operator=(const CSimulatedModem&) = delete;
 
   /// Bytes from the computer, in any portions.
-  void Receive(const char* bytes, std::size_t count);
+  void Receive(const char* bytes, std::size_t count) override;
   /// The computer has closed the port: a half line or an open prompt is forgotten, everything else stays.
-  void HangUp();
+  void HangUp() override;
 
   // The network: Network.cpp
 

@@ -3,18 +3,25 @@
 #include "FaultRequest.h"
 #include "LoopbackPort.h"
 #include "PtyPort.h"
+#include "Recorder.h"
+#include "Replay.h"
 #include "SimulatedModem.h"
 
 #include <CLI/CLI.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cctype>
+#include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <fstream>
 #include <iostream>
 
 namespace {
@@ -24,12 +31,16 @@ using modem_sim::ModemOptions;
 using modem_sim::NetworkState;
 
 const int kUsageError = 2;
+const int kLastWordsMs = 100;
 const int kLongestMs = 600000;
 
 struct Arguments {
   ModemOptions modem;
   std::string link;
   std::string control;
+  std::string record;
+  std::string replay;
+  bool unmasked = false;
   int tcp = -1;  // no TCP
   bool exitWithStdin = false;
 };
@@ -113,6 +124,14 @@ void DescribePorts(CLI::App* app, Arguments* arguments) {
       ->excludes(link);
   app->add_option("--control", arguments->control, "make a Unix socket that takes requests as JSON, one a line")
       ->type_name("PATH");
+  CLI::Option* const record = app->add_option("--record", arguments->record, "keep the dialogue in a file");
+  record->type_name("FILE");
+  app->add_flag("--unmasked", arguments->unmasked, "keep numbers, texts and PINs as they are")->needs(record);
+  app->add_option("--replay", arguments->replay,
+                  "play the modem's side of a kept dialogue, say where the other differs")
+      ->type_name("FILE")
+      ->excludes(record)
+      ->excludes("--control");
   app->add_flag("--exit-with-stdin", arguments->exitWithStdin, "end when the standard input is closed");
 }
 
@@ -229,22 +248,66 @@ int Fail(const std::string& error) {
   return EXIT_FAILURE;
 }
 
-/// Serves an open port until somebody ends it.
+DWORD Milliseconds() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<DWORD>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+}
+
+/// Runs until somebody ends it.
 template <typename Port>
-int Serve(const Arguments& arguments, boost::asio::io_context& context, Port& port) {
+void Loop(const Arguments& arguments, boost::asio::io_context& context, Port& port) {
   boost::asio::signal_set signals(context, SIGINT, SIGTERM);
   signals.async_wait([&context](const boost::system::error_code&, int) { context.stop(); });
-  modem_sim::CSimulatedModem modem(arguments.modem, port);
-  modem_sim::CControl control(modem, port);
-  modem_sim::CControlSocket socket(context, control);
-  std::string error;
-  if (!arguments.control.empty() && !socket.Open(arguments.control, &error)) return Fail(error);
-  port.Start(modem);
   CStdinWatch input(context);
   if (arguments.exitWithStdin) boost::asio::post(context, [&input] { input.Start(); });
   std::cout << port.Path() << std::endl;
   context.run();
+}
+
+/// @param recorder  stands between modem and port; null: nothing is kept.
+template <typename Port>
+int ServeModem(const Arguments& arguments, boost::asio::io_context& context, Port& port,
+               modem_sim::CRecorder* recorder) {
+  modem_sim::IModemWorld& world = recorder ? static_cast<modem_sim::IModemWorld&>(*recorder) : port;
+  modem_sim::CSimulatedModem modem(arguments.modem, world);
+  modem_sim::CControl control(modem, world);
+  modem_sim::CControlSocket socket(context, control);
+  std::string error;
+  if (!arguments.control.empty() && !socket.Open(arguments.control, &error)) return Fail(error);
+  if (recorder) recorder->Start(modem);
+  port.Start(recorder ? static_cast<modem_sim::IPortUser&>(*recorder) : modem);
+  Loop(arguments, context, port);
   return EXIT_SUCCESS;
+}
+
+template <typename Port>
+int Replay(const Arguments& arguments, boost::asio::io_context& context, Port& port) {
+  std::string difference = "the record has not been played to its end";
+  modem_sim::CReplay replay(port, [&](const std::string& end) {
+    difference = end;
+    // The last line has still to be written.
+    port.After(kLastWordsMs, [&context] { context.stop(); });
+  });
+  std::ifstream file(arguments.replay);
+  std::string error;
+  if (!file) return Fail("cannot read " + arguments.replay + ": " + std::strerror(errno));
+  if (!replay.Load(file, &error)) return Fail(arguments.replay + ": " + error);
+  port.Start(replay);
+  replay.Start();
+  Loop(arguments, context, port);
+  return difference.empty() ? EXIT_SUCCESS : Fail(arguments.replay + ": " + difference);
+}
+
+template <typename Port>
+int Serve(const Arguments& arguments, boost::asio::io_context& context, Port& port) {
+  if (!arguments.replay.empty()) return Replay(arguments, context, port);
+  if (arguments.record.empty()) return ServeModem(arguments, context, port, nullptr);
+  const mode_t before = umask(0077);  // a dialogue is nobody else's business
+  std::ofstream file(arguments.record);
+  umask(before);
+  if (!file) return Fail("cannot write " + arguments.record + ": " + std::strerror(errno));
+  modem_sim::CRecorder recorder(port, file, !arguments.unmasked, Milliseconds);
+  return ServeModem(arguments, context, port, &recorder);
 }
 
 int Run(const Arguments& arguments) {
