@@ -21,6 +21,7 @@ public:
   bool IsValid() const { return m_bValid; }
   /// Without the line end.
   const std::string& Text() const { return m_strText; }
+  bool HoldsSecret() const { return m_strText != m_strShown; }
   /// For the trace.
   const std::string& Shown() const { return m_strShown; }
 

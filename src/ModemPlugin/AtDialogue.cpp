@@ -52,8 +52,10 @@ AtReply CAtDialogue::Run(const CAtCommand& command, const std::string* octets, c
                          unsigned int limitMs) {
   const CTurn turn(m_turn);
   const AtReply reply = RunOnce(command, octets, prefix, limitMs);
-  // A modem that waited for somebody's message took the command for its text; what writes a message is not repeated.
-  return octets == nullptr && WasSwallowed() ? RunOnce(command, octets, prefix, limitMs) : reply;
+  // A modem that waited for somebody's message took the command for its text. What may be given once only, a message or
+  // a secret, is not repeated: the prompt may have been noise.
+  const bool repeatable = octets == nullptr && !command.HoldsSecret();
+  return repeatable && WasSwallowed() ? RunOnce(command, octets, prefix, limitMs) : reply;
 }
 
 AtReply CAtDialogue::RunOnce(const CAtCommand& command, const std::string* octets, const char* prefix,

@@ -44,8 +44,7 @@ std::string ReasonAgainst(CQuestions& questions, const std::string& pin, const s
   }
   if (WasPinTried(pin, iccid)) {
     return "the PIN of the settings was not accepted and is not tried again; correct \"Pin\" in section ModemPlugin, "
-           "or "
-           "remove \"PinTried\" to try the same once more";
+           "or remove \"PinTried\" to try the same once more";
   }
   DWORD left = 0;
   const bool known = NumberOf(Parameter(questions.Ask("+CPINR=\"SIM PIN\"", "+CPINR:"), 1), left);
@@ -70,8 +69,8 @@ void EnterPin(CQuestions& questions, ModemFacts& facts) {
     return;
   }
   AskCardState(questions, facts);
-  if (facts.pin == DevDataDef::PIN_READY) {
-    ForgetPinTried();
+  if (facts.pin != DevDataDef::PIN_ENABLED_NOT_VERIFIED && facts.pin != DevDataDef::PIN_BLOCKED) {
+    ForgetPinTried();  // also while the card is still busy with it
   }
 }
 
