@@ -114,8 +114,7 @@ bool CDemo::SendToOwnNumber() {
     return false;
   }
   Received message;
-  if (!m_pClient->AwaitMessage(kAnsweredText, kStepLimit, message) ||
-      !m_pClient->AwaitDeliveryReports(2, kStepLimit)) {
+  if (!m_pClient->AwaitMessage(kAnsweredText, kStepLimit, message) || !m_pClient->AwaitDeliveryReports(2, kStepLimit)) {
     return FailStep("the message or its reports did not come back");
   }
   return setting->SetSMSReceiptNotify(0) == 0 || FailStep("delivery reports cannot be left out again");
