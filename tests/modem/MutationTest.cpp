@@ -258,13 +258,14 @@ protected:
       return listed;
     }
 
-    /// What the damage left behind may cost one more message; then everything is as ever.
+    /// What the damage left behind, and a loss that is noticed late, may cost some messages; then all is as ever.
     void ComeBack() {
-      Send('3');
-      Becomes([this] { return m_modem.IsAvailable(); });
-      Send('4');
-      EXPECT_TRUE(Becomes([this] { return m_modem.IsAvailable(); }));
-      EXPECT_EQ("verdict 0", Send('5')) << m_script.Journal();
+      int inARow = 0;
+      for (char digit = '3'; digit <= '9' && inARow < 2; ++digit) {
+        EXPECT_TRUE(Becomes([this] { return m_modem.IsAvailable(); }));
+        inARow = Send(digit) == "verdict 0" ? inARow + 1 : 0;
+      }
+      EXPECT_EQ(2, inARow) << m_script.Journal();
       EXPECT_TRUE(InTime([this] { return List(); })) << m_script.Journal();
     }
 
