@@ -34,6 +34,10 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
       ->envname("SMS_DATA_DIR")
       ->type_name("DIR");
   app.add_option("--log-file", options.logFile, "trace file")->envname("SMS_LOG_FILE")->type_name("FILE");
+  CLI::Option* const record =
+      app.add_option("--record", options.recordFile, "keep the dialogue with the modem in a file, for a report")
+          ->type_name("FILE");
+  app.add_flag("--unmasked", options.unmasked, "keep numbers and texts readable in it")->needs(record);
   app.add_flag("--verbose", options.verbose, "show the trace on the terminal too");
 }
 
@@ -45,6 +49,10 @@ void ApplyHostOptions(const HostOptions& options, const std::string& program) {
   SetPlatformPaths(paths);
   if (!options.device.empty()) {
     CGlobalFunction::OverrideSetting(u"ModemPlugin", u"Device", ToUtf16(options.device).c_str());
+  }
+  if (!options.recordFile.empty()) {
+    CGlobalFunction::OverrideSetting(u"ModemPlugin", u"Record", ToUtf16(options.recordFile).c_str());
+    CGlobalFunction::OverrideSetting(u"ModemPlugin", u"RecordUnmasked", options.unmasked ? u"1" : u"0");
   }
   if (options.verbose) {
     TraceSrv_SetLevel(Tracelevel::TL_INFO);

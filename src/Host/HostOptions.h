@@ -14,6 +14,8 @@ struct HostOptions {
   std::string settingsFile;
   std::string dataDir;
   std::string logFile;
+  std::string recordFile;
+  bool unmasked = false;
   bool verbose = false;
 };
 

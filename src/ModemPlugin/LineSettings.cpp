@@ -23,6 +23,10 @@ std::string Setting(const VELK_wchar_t* pszItem) {
 
 std::string ConfiguredDevice() { return Setting(u"Device"); }
 
+std::string ConfiguredRecord() { return Setting(u"Record"); }
+
+bool IsRecordUnmasked() { return Setting(u"RecordUnmasked") == "1"; }
+
 bool LoadSerialSettings(SerialSettings& settings, std::string& error) {
   const std::string text = Setting(u"Baud");
   if (text.empty()) {

@@ -3,6 +3,7 @@
 #include "Guarded.h"
 #include "LineAddress.h"
 #include "LineSettings.h"
+#include "RecordedStream.h"
 #include "SerialPort.h"
 
 namespace modem {
@@ -34,6 +35,10 @@ CModemPlugin::~CModemPlugin() noexcept = default;
 std::unique_ptr<IByteStream> CModemPlugin::OpenLine(std::string& error) {
   LineAddress address;
   auto stream = ParseAddress(ConfiguredDevice(), address, error) ? m_port.Open(address, error) : nullptr;
+  const std::string record = ConfiguredRecord();
+  if (stream != nullptr && !record.empty()) {
+    stream = CRecordedStream::Make(std::move(stream), record, !IsRecordUnmasked(), error);
+  }
   m_bOpened = stream != nullptr;
   return stream;
 }

@@ -10,10 +10,6 @@
 
 namespace modem_sim {
 
-/// First line of a record.
-const char kMaskedTitle[] = "# AT dialogue, numbers and texts masked";
-const char kUnmaskedTitle[] = "# AT dialogue, unmasked";
-
 /// Every line is in the file when it has ended, so a killed program loses at most the last one.
 /// Threads: the modem's one thread.
 class CRecorder : public IPortUser, public IModemWorld {
@@ -38,17 +34,12 @@ public:
 
 private:
   void Take(const std::string& bytes, bool fromModem);
-  void Flush(sms_pdu::RecordLine* line);
 
   IModemWorld& m_world;
-  std::ostream& m_file;
-  const bool m_bMasked;
   const std::function<DWORD()> m_milliseconds;
   const DWORD m_dwStart;
   IPortUser* m_pModem = nullptr;
-  sms_pdu::CDialogueMask m_mask;
-  sms_pdu::RecordLine m_computer;  // not ended yet; an echo mixes the two sides
-  sms_pdu::RecordLine m_device;
+  sms_pdu::CDialogueRecorder m_recorder;
 };
 
 }  // namespace modem_sim

@@ -9,7 +9,7 @@ bool CReplay::Load(std::istream& file, std::string* error) {
   int number = 0;
   for (std::string text; std::getline(file, text);) {
     ++number;
-    if (number == 1) m_bMasked = text == kMaskedTitle;
+    if (number == 1) m_bMasked = text == sms_pdu::kMaskedTitle;
     if (text.empty() || text[0] == '#') continue;
     Step step{number, {}};
     if (!sms_pdu::ParseRecordLine(text, &step.line)) {

@@ -4,6 +4,7 @@
 
 #include "VelkTypes.h"
 
+#include <functional>
 #include <string>
 
 namespace sms_pdu {
@@ -35,6 +36,31 @@ private:
   enum class Next { Line, Text, Page };
   Next m_next = Next::Line;  // what the modem's next line is
   bool m_bPrompt = false;    // the computer writes a message
+};
+
+/// First line of a record.
+const char kMaskedTitle[] = "# AT dialogue, numbers and texts masked";
+const char kUnmaskedTitle[] = "# AT dialogue, unmasked";
+
+/// Makes a record of what both sides write. One object a dialogue, one thread at a time.
+class CDialogueRecorder {
+public:
+  /// @param keep  is given each line of the record when it has ended, the title first.
+  CDialogueRecorder(bool masked, std::function<void(const std::string& line)> keep);
+
+  /// @param milliseconds  since the start.
+  void Take(const std::string& bytes, bool fromModem, DWORD milliseconds);
+  /// This side writes no more: keeps what has not ended.
+  void End(bool fromModem);
+
+private:
+  RecordLine& Side(bool fromModem) { return fromModem ? m_device : m_computer; }
+
+  const bool m_masked;
+  const std::function<void(const std::string& line)> m_keep;
+  CDialogueMask m_mask;
+  RecordLine m_computer;  // not ended yet; an echo mixes the two sides
+  RecordLine m_device;
 };
 
 }  // namespace sms_pdu

@@ -21,9 +21,10 @@ TEST_F(SmsCtl, NamesItsVersion) {
 TEST_F(SmsCtl, ListsItsCommandsInTheHelp) {
   const ProgramResult result = Run({"--help"});
   EXPECT_EQ(0, result.status);
-  for (const char* command : {"demo",   "send",     "count",    "phonebook-size", "list",     "show",       "save",
-                              "read",   "delete",   "remove",   "move",           "info",     "pull",       "watch",
-                              "status", "modems", "settings", "channels", "--device",       "--config", "Exit status"}) {
+  for (const char* command :
+       {"demo",   "send",   "count",    "phonebook-size", "list",     "show",     "save",
+        "read",   "delete", "remove",   "move",           "info",     "pull",     "watch",
+        "status", "modems", "settings", "channels",       "--device", "--config", "Exit status"}) {
     EXPECT_THAT(result.out, HasSubstr(command));
   }
 }
@@ -209,6 +210,26 @@ TEST_F(SmsCtl, ShowsWhatModemAndStoresSay) {
   EXPECT_THAT(result.out, ContainsRegex("SIM +ready\n"));
   EXPECT_THAT(result.out, ContainsRegex("Network +registered"));
   EXPECT_THAT(result.out, ContainsRegex("Local store +0 of 10000 messages\n"));
+}
+
+TEST_F(SmsCtl, RecordsTheDialogueWithNumbersAndTextsMaskedUnlessAsked) {
+  const std::string port = StartSimulator();
+  const std::string number = "7191999999";  // as the message has it: pairs of digits swapped
+  ASSERT_EQ(0,
+            Run({"send", "--device", port, "--record", m_home.Path("masked"), "--to", "+491719999999", "Hi"}).status);
+  EXPECT_THAT(m_home.ReadFile("masked"), ContainsRegex("> AT\\+CMGS=[0-9]+<0D>\n"));
+  EXPECT_THAT(m_home.ReadFile("masked"), Not(HasSubstr(number)));
+  ASSERT_EQ(
+      0, Run({"send", "--device", port, "--record", m_home.Path("plain"), "--unmasked", "--to", "+491719999999", "Hi"})
+             .status);
+  EXPECT_THAT(m_home.ReadFile("plain"), HasSubstr(number));
+}
+
+TEST_F(SmsCtl, NamesARecordThatCannotBeWritten) {
+  const std::string file = m_home.Path("nowhere/record");
+  const ProgramResult result = Run({"status", "--device", StartSimulator(), "--record", file});
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.err, HasSubstr("cannot be recorded in \"" + file + "\": No such file or directory\n"));
 }
 
 TEST_F(SmsCtl, ShowsTheDemoToItsEnd) {
