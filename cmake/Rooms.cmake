@@ -53,6 +53,8 @@ function(sms_plugin name)
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports})
 endfunction()
 
+add_custom_target(threads_tests)  # those that the thread sanitizer tries
+
 function(sms_test name)
   cmake_parse_arguments(TEST "THREADS" "" "LINK" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -65,6 +67,7 @@ function(sms_test name)
   set(label single)
   if(TEST_THREADS)
     set(label threads)
+    add_dependencies(threads_tests ${name})
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 240 LABELS ${label})
 endfunction()
