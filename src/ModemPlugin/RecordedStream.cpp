@@ -1,5 +1,6 @@
 #include "RecordedStream.h"
 
+#include "Lines.h"
 #include "platform/JClock.h"
 
 #include <fcntl.h>
@@ -36,8 +37,10 @@ CRecordedStream::~CRecordedStream() {
 }
 
 void CRecordedStream::Keep(const std::string& line) {
-  std::fprintf(m_pFile.get(), "%s\n", line.c_str());
-  std::fflush(m_pFile.get());
+  if (m_bKept && (std::fprintf(m_pFile.get(), "%s\n", line.c_str()) < 0 || std::fflush(m_pFile.get()) != 0)) {
+    m_bKept = false;  // a full disk costs the record, never the modem
+    TraceFault(std::string("the record of the dialogue ends early: ") + std::strerror(errno));
+  }
 }
 
 void CRecordedStream::Take(const std::string& bytes, bool fromModem) {

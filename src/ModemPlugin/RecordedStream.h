@@ -40,6 +40,7 @@ private:
   const File m_pFile;
   const std::int64_t m_llStartMs;
   std::mutex m_lock;  // the rest
+  bool m_bKept = true;
   sms_pdu::CDialogueRecorder m_recorder;
 };
 
