@@ -116,8 +116,7 @@ public:
   /// Power off, and on again after this time.
   void Restart(int milliseconds);
   bool Powered() const { return m_bPowered; }
-  /// What the card (SM) holds.
-  const CMessageStore& Card() const { return MemoryOf(Memory::Sim); }
+  /// What a memory holds.
   const CMessageStore& MemoryOf(Memory memory) const { return m_stores[static_cast<std::size_t>(memory)]; }
   /// Fills the free places with messages of the service centre.
   /// @return how many they were.

@@ -87,7 +87,7 @@ protected:
 
   /// Lets the next letters come as long as there is room for them.
   void Feed(std::size_t& left) {
-    while (left > 0 && m_uArrived < m_letters.size() && m_modem.Modem().Card().Used() < kRoom &&
+    while (left > 0 && m_uArrived < m_letters.size() && m_modem.Card().Used() < kRoom &&
            m_modem.Modem().Waiting() < kRoom) {
       ASSERT_TRUE(m_modem.Modem().Arrive(m_letters[m_uArrived++].message));
       --left;
@@ -154,7 +154,7 @@ protected:
 
   /// Lets the rest arrive and moves everything, each time until the command ends by itself.
   void Drain() {
-    for (std::size_t left = m_letters.size(); m_uArrived < m_letters.size() || m_modem.Modem().Card().Used() > 0;) {
+    for (std::size_t left = m_letters.size(); m_uArrived < m_letters.size() || m_modem.Card().Used() > 0;) {
       Feed(left);
       CChildProgram pull(Command({"pull", "sim"}));
       ASSERT_TRUE(m_modem.RunUntil([&] { return !pull.IsRunning(); }, kLimit));
@@ -190,7 +190,7 @@ protected:
 TEST_P(KilledHost, LosesNoMessage) {
   m_letters = WritePost(m_uKills * 5, m_random, m_wholes);
   while (m_uKilled < m_uKills && !HasFatalFailure()) {
-    const bool stuck = m_modem.Modem().Card().Used() > kRoom / 2;  // read in an earlier life: only "pull" moves them
+    const bool stuck = m_modem.Card().Used() > kRoom / 2;  // read in an earlier life: only "pull" moves them
     LiveAndDie(stuck ? std::vector<std::string>{"pull", "sim"} : std::vector<std::string>{"watch"}, Share());
     ExpectNothingLost();
   }

@@ -37,7 +37,7 @@ bool CModemOnAPort::RunUntil(const std::function<bool()>& condition, std::chrono
 
 std::vector<std::string> CModemOnAPort::ContentsOnCard() const {
   std::vector<std::string> contents;
-  const modem_sim::CMessageStore& card = m_modem.Card();
+  const modem_sim::CMessageStore& card = Card();
   for (int index = 1; index <= card.Capacity(); ++index) {
     if (const modem_sim::StoredMessage* const message = card.At(index)) {
       contents.push_back(ContentOf(*message));

@@ -27,6 +27,7 @@ public:
   /// Serves the port for a time.
   void RunFor(std::chrono::microseconds time) { m_context.run_for(time); }
   /// The contents of the messages on the card.
+  const modem_sim::CMessageStore& Card() const { return m_modem.MemoryOf(modem_sim::Memory::Sim); }
   std::vector<std::string> ContentsOnCard() const;
 
 private:
