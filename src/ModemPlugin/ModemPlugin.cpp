@@ -3,7 +3,6 @@
 #include "Guarded.h"
 #include "LineAddress.h"
 #include "LineSettings.h"
-#include "RecordedStream.h"
 #include "SerialPort.h"
 
 namespace modem {
@@ -37,7 +36,7 @@ std::unique_ptr<IByteStream> CModemPlugin::OpenLine(std::string& error) {
   auto stream = ParseAddress(ConfiguredDevice(), address, error) ? m_port.Open(address, error) : nullptr;
   const std::string record = ConfiguredRecord();
   if (stream != nullptr && !record.empty()) {
-    stream = CRecordedStream::Make(std::move(stream), record, !IsRecordUnmasked(), error);
+    stream = m_recording.Begin(std::move(stream), record, !IsRecordUnmasked(), error);
   }
   m_bOpened = stream != nullptr;
   return stream;
@@ -54,6 +53,7 @@ bool CModemPlugin::Init() {
     if (m_bOpened) {
       m_strError = ConfiguredDevice() + " " + m_strError;  // what the modem did or did not do
     }
+    m_recording = CRecording();
     return false;
   });
 }
@@ -90,6 +90,7 @@ void CModemPlugin::OnDestroy() {
   Guarded([this] {
     m_port.EndWatch();
     m_modem.Stop();
+    m_recording = CRecording();
   });
 }
 

@@ -6,6 +6,7 @@
 #include "IPluginDetails.h"
 #include "MessageService.h"
 #include "ModemPort.h"
+#include "RecordedStream.h"
 #include "UdevBus.h"
 
 #include <string>
@@ -41,6 +42,7 @@ private:
   CUdevBus m_bus;
   CModemFinder m_finder;
   CModemPort m_port;
+  CRecording m_recording;
   bool m_bOpened = false;  // the line, at the last try
   CModem m_modem;
   CMessageService m_messages;

@@ -11,7 +11,7 @@
 
 namespace modem {
 
-std::unique_ptr<IByteStream> CRecordedStream::Make(std::unique_ptr<IByteStream> line, const std::string& path,
+std::unique_ptr<IByteStream> CRecordedStream::Make(std::unique_ptr<IByteStream>& line, const std::string& path,
                                                    bool masked, std::string& error) {
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
   File file(fd < 0 ? nullptr : fdopen(fd, "a"));
@@ -58,6 +58,25 @@ bool CRecordedStream::Read(std::string& bytes) {
 bool CRecordedStream::Write(const std::string& bytes) {
   Take(bytes, false);  // before the modem can answer
   return m_pLine->Write(bytes);
+}
+
+std::unique_ptr<IByteStream> CRecording::Begin(std::unique_ptr<IByteStream> line, const std::string& path, bool masked,
+                                               std::string& error) {
+  std::string cause;
+  auto recorded = CRecordedStream::Make(line, path, masked, cause);
+  if (recorded != nullptr) {
+    m_bBegun = true;
+    m_bTold = false;
+    return recorded;
+  }
+  if (!m_bBegun) {
+    error = cause;
+    return nullptr;
+  }
+  if (!std::exchange(m_bTold, true)) {
+    TraceFault("the record of the dialogue ends early: " + cause);
+  }
+  return line;
 }
 
 }  // namespace modem
