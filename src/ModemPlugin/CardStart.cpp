@@ -34,38 +34,91 @@ std::string AskIccid(CQuestions& questions, const ModemProfile* profile) {
   return LeadingDigits(BareText(questions.Ask(profile->iccid, nullptr)));
 }
 
-/// @return why the card shall not be asked to take the PIN; empty: it may.
-std::string ReasonAgainst(CQuestions& questions, const std::string& pin, const std::string& iccid) {
+/// The tries that the card leaves for its PIN.
+struct TriesLeft {
+  bool known = false;
+  DWORD count = 0;
+  bool all = false;  // nothing wrong was entered since the card was opened last
+};
+
+/// "+CPINR: SIM PIN,2,3" (3GPP TS 27.007, 8.65)
+TriesLeft AskTriesLeft(CQuestions& questions, const ModemProfile* profile) {
+  const DWORD kUsual = 3;
+  TriesLeft left;
+  DWORD most = kUsual;
+  const AtReply reply = questions.Ask("+CPINR=\"SIM PIN\"", "+CPINR:");
+  NumberOf(Parameter(reply, 2), most);
+  left.known = NumberOf(Parameter(reply, 1), left.count);
+  if (!left.known && profile != nullptr && profile->pinTries.command != nullptr) {
+    const std::string command = profile->pinTries.command;
+    const std::string prefix = command.substr(0, command.find_first_of("=?")) + ":";
+    left.known = NumberOf(Parameter(questions.Ask(command.c_str(), prefix.c_str()), profile->pinTries.place), left.count);
+  }
+  left.all = left.known && left.count >= std::max(most, kUsual);
+  return left;
+}
+
+/// A try whose verdict was lost is repeated when the card has not counted a wrong one, and only once: should the modem
+/// tell the tries wrongly, a person still has the last.
+/// @return why the PIN shall not be tried; empty: it may.
+std::string ReasonAgainstTry(PinTried before, const TriesLeft& left) {
+  const std::string wayOut =
+      "; correct \"Pin\" in section ModemPlugin, or remove \"PinTried\" to try the same once more";
+  if (left.known && left.count < 2) {
+    return "it is the last try, which is left to a person";
+  }
+  if (before == PinTried::kDone || (before == PinTried::kVerdictLost && left.known && !left.all)) {
+    return "the PIN of the settings was not accepted and is not tried again" + wayOut;
+  }
+  return before == PinTried::kVerdictLost && !left.known
+             ? "the PIN of the settings was entered before, and it is not known whether it was accepted" + wayOut
+             : "";
+}
+
+/// @return the same, with the settings and the card asked for it; when empty, the try is noted.
+std::string ReasonAgainst(CQuestions& questions, const ModemProfile* profile, const std::string& pin,
+                          const std::string& iccid) {
   if (pin.empty()) {
     return "write it as \"Pin\" into section ModemPlugin of the settings";
   }
   if (!AreDigits(pin, 4, 8)) {
     return "\"Pin\" in section ModemPlugin of the settings is not 4 to 8 digits";
   }
-  if (WasPinTried(pin, iccid)) {
-    return "the PIN of the settings was not accepted and is not tried again; correct \"Pin\" in section ModemPlugin, "
-           "or remove \"PinTried\" to try the same once more";
+  const PinTried before = PinTriedBefore(pin, iccid);
+  const TriesLeft left = before == PinTried::kDone ? TriesLeft() : AskTriesLeft(questions, profile);
+  const std::string reason = ReasonAgainstTry(before, left);
+  const bool again = before == PinTried::kVerdictLost;
+  if (!reason.empty()) {
+    if (again && left.known) {
+      NotePinTried(pin, iccid, PinTried::kDone);  // whoever opens the card later, this was the wrong one
+    }
+    return reason;
   }
-  DWORD left = 0;
-  const bool known = NumberOf(Parameter(questions.Ask("+CPINR=\"SIM PIN\"", "+CPINR:"), 1), left);
-  if (known && left < 2) {
-    return "it is the last try, which is left to a person";
-  }
-  return NotePinTried(pin, iccid) ? "" : "the settings cannot be written, so that a refusal would be forgotten";
+  const bool noted = NotePinTried(pin, iccid, again ? PinTried::kDone : PinTried::kVerdictLost);
+  return noted ? "" : "the settings cannot be written, so that a refusal would be forgotten";
 }
 
-void EnterPin(CQuestions& questions, ModemFacts& facts) {
+void TraceRefusal(const AtReply& reply) {
+  const bool coded = reply.final == AtReply::Final::kCmeError;
+  TraceFault(std::string("the card did not accept the PIN of the settings: ") +
+             (coded ? CmeErrorText(static_cast<unsigned int>(reply.code)) : "no reason given"));
+}
+
+void EnterPin(CQuestions& questions, const ModemProfile* profile, ModemFacts& facts) {
   const std::string pin = ConfiguredPin();
-  const std::string reason = ReasonAgainst(questions, pin, facts.iccid);
+  const std::string reason = ReasonAgainst(questions, profile, pin, facts.iccid);
   if (!reason.empty()) {
     TraceFault("the card waits for its PIN: " + reason);
     return;
   }
   const AtReply reply = questions.Ask(CAtCommand("+CPIN=").Secret(pin), nullptr, CQuestions::kSlowLimitMs);
+  if (reply.final == AtReply::Final::kNoAnswer || reply.final == AtReply::Final::kLineGone) {
+    TraceFault("the card did not tell whether it accepts the PIN of the settings");
+    return;
+  }
   if (!reply.IsOk()) {
-    const bool coded = reply.final == AtReply::Final::kCmeError;
-    TraceFault(std::string("the card did not accept the PIN of the settings: ") +
-               (coded ? CmeErrorText(static_cast<unsigned int>(reply.code)) : "no reason given"));
+    NotePinTried(pin, facts.iccid, PinTried::kDone);
+    TraceRefusal(reply);
     return;
   }
   AskCardState(questions, facts);
@@ -92,7 +145,7 @@ void AskCard(CQuestions& questions, const ModemProfile* profile, ModemFacts& fac
   }
   facts.iccid = AskIccid(questions, profile);
   if (facts.pin == DevDataDef::PIN_ENABLED_NOT_VERIFIED) {
-    EnterPin(questions, facts);
+    EnterPin(questions, profile, facts);
   } else if (facts.pin == DevDataDef::PIN_BLOCKED) {
     TraceFault("the card waits for its PUK, which only a person may enter, e.g. in a telephone");
   }

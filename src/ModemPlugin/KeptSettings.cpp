@@ -22,6 +22,7 @@ const VELK_wchar_t kNetworkTime[] = u"NetworkTime";
 const VELK_wchar_t kPin[] = u"Pin";
 const VELK_wchar_t kPinTried[] = u"PinTried";  // the PIN, then the cards
 const char kAnyCard[] = "any";
+const char kVerdictLost[] = "?";  // behind a card
 
 /// @return the number, or -1 when there is none from 0 to `highest`.
 int ReadNumber(const VELK_wchar_t* pszItem, int highest) {
@@ -78,18 +79,25 @@ bool WantsNetworkTime() { return ReadNumber(kNetworkTime, 1) == 1; }
 
 std::string ConfiguredPin() { return ReadText(kPin); }
 
-bool WasPinTried(const std::string& pin, const std::string& iccid) {
+PinTried PinTriedBefore(const std::string& pin, const std::string& iccid) {
   const std::vector<std::string> tried = ReadPinTried();
-  return !tried.empty() && tried[0] == pin &&
-         (iccid.empty() || std::any_of(tried.begin() + 1, tried.end(),
-                                       [&](const std::string& card) { return card == iccid || card == kAnyCard; }));
+  if (tried.empty() || tried[0] != pin) {
+    return PinTried::kNever;
+  }
+  const auto has = [&](const std::string& card) { return std::count(tried.begin() + 1, tried.end(), card) != 0; };
+  if (iccid.empty() || has(iccid) || has(kAnyCard)) {
+    return PinTried::kDone;
+  }
+  return has(iccid + kVerdictLost) ? PinTried::kVerdictLost : PinTried::kNever;
 }
 
-bool NotePinTried(const std::string& pin, const std::string& iccid) {
+bool NotePinTried(const std::string& pin, const std::string& iccid, PinTried how) {
   const std::vector<std::string> tried = ReadPinTried();
-  std::string text = pin + ' ' + (iccid.empty() ? kAnyCard : iccid);
+  const std::string lost = iccid.empty() ? std::string() : iccid + kVerdictLost;
+  const std::string done = iccid.empty() ? kAnyCard : iccid;
+  std::string text = pin + ' ' + (how == PinTried::kVerdictLost && !iccid.empty() ? lost : done);
   for (std::size_t card = 1; card < tried.size() && tried[0] == pin; ++card) {
-    text += ' ' + tried[card];
+    text += tried[card] == lost || tried[card] == done ? std::string() : ' ' + tried[card];
   }
   return CGlobalFunction::SetSetting(kSection, kPinTried, VELK_wstring(text.begin(), text.end()).c_str()) == 0;
 }

@@ -18,12 +18,18 @@ bool WantsNetworkTime();
 
 /// "Pin" of the same section; empty: none is to be entered.
 std::string ConfiguredPin();
+/// How a PIN was tried on a card before.
+enum class PinTried {
+  kNever,
+  kVerdictLost,  // the modem or this program ended before the card's answer came
+  kDone          // nothing makes it worth another try
+};
 /// "PinTried" remembers the PIN that was entered and the cards that it was entered into, until one accepts it: noted
-/// before it is entered, so that no crash leads to a second try.
+/// before it is entered, so that no crash leads to a second try. A question mark behind a card: kVerdictLost.
 /// @param iccid  empty: not known which card it is; then it counts as any.
-bool WasPinTried(const std::string& pin, const std::string& iccid);
+PinTried PinTriedBefore(const std::string& pin, const std::string& iccid);
 /// @return false: it cannot be remembered.
-bool NotePinTried(const std::string& pin, const std::string& iccid);
+bool NotePinTried(const std::string& pin, const std::string& iccid, PinTried how);
 void ForgetPinTried();
 
 }  // namespace modem

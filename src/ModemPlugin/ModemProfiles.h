@@ -9,11 +9,18 @@
 
 namespace modem {
 
+/// How the tries that are left for the card's PIN are told where AT+CPINR is refused.
+struct PinTriesQuestion {
+  const char* command;  // null: nothing tells them
+  std::size_t place;    // among the parameters of the answer, which begins with the command's name
+};
+
 /// One row of the table.
 struct ModemProfile {
   const char* maker;                  // beginning of AT+CGMI's answer, case does not matter
   const char* model;                  // beginning of AT+CGMM's answer; "": every model
   const char* iccid;                  // asks for the card's number where AT+CRSM is refused; null: nothing does
+  PinTriesQuestion pinTries;
   std::vector<const char*> commands;  // at the start, before the card is asked; refusals do not matter
   std::vector<std::array<int, 5>> indications;  // of AT+CNMI, tried before the ordinary ones
   const char* why;
