@@ -102,7 +102,7 @@ bool NextCommand(const std::string& body, std::size_t* position, AtCommand* out)
   return true;
 }
 
-CValues::CValues(const std::string& values) {
+CValues::CValues(const std::string& values, std::size_t most) {
   std::string raw;
   bool quoted = false;
   for (const char c : values) {
@@ -116,6 +116,7 @@ CValues::CValues(const std::string& values) {
   }
   if (quoted) m_bValid = false;
   if (!values.empty()) Add(raw);
+  if (m_lstValues.size() > most) m_bValid = false;
 }
 
 void CValues::Add(const std::string& raw) {

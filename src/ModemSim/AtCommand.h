@@ -23,9 +23,10 @@ bool NextCommand(const std::string& body, std::size_t* position, AtCommand* out)
 /// The values of an extended command: numbers, quoted strings, or nothing between two commas.
 class CValues {
 public:
-  explicit CValues(const std::string& values);
+  /// @param most  how many values the command has.
+  explicit CValues(const std::string& values, std::size_t most);
 
-  /// False: unbalanced quotation marks, or text around them.
+  /// False: too many, unbalanced quotation marks, or text around them.
   bool Valid() const { return m_bValid; }
   std::size_t Count() const { return m_lstValues.size(); }
   /// False as well when there are fewer values.

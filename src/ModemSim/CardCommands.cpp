@@ -59,7 +59,7 @@ CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
     Inform("+CLCK: (\"SC\")");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 4);
   std::string facility;
   std::string pin;
   int mode = -1;
@@ -73,7 +73,7 @@ CSimulatedModem::Result CSimulatedModem::OnLock(const AtCommand& command) {
     return Ok();
   }
   if (!CardReady()) return CardLocked();
-  if (!IsPin(pin)) return Cme(kCmeIncorrectParameters);
+  if (mode < 0 || !IsPin(pin)) return Cme(kCmeIncorrectParameters);
   if (!IsPinOfCard(pin)) return Cme(kCmeIncorrectPassword);
   (mode == 1 ? m_strPin : m_strUnusedPin) = pin;
   if (mode == 0) m_strPin.clear();
@@ -85,7 +85,7 @@ CSimulatedModem::Result CSimulatedModem::OnPassword(const AtCommand& command) {
     Inform("+CPWD: (\"SC\"," + std::to_string(kPinLength) + ')');
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   std::string facility;
   std::string before;
   std::string after;
@@ -118,9 +118,9 @@ CSimulatedModem::Result CSimulatedModem::OnPhonebook(const AtCommand& command) {
            std::to_string(book.Capacity()));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   std::string name;
-  if (!values.Valid() || values.Count() != 1 || !values.Text(0, &name) || (name != "SM" && name != "ON")) {
+  if (!values.Valid() || !values.Text(0, &name) || (name != "SM" && name != "ON")) {
     return Cme(kCmeIncorrectParameters);
   }
   m_bOwnNumbers = name == "ON";
@@ -148,7 +148,7 @@ CSimulatedModem::Result CSimulatedModem::OnReadPhonebook(const AtCommand& comman
            std::to_string(CPhonebook::kNameLength));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   int first = 0;
   int last = 0;
   if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
@@ -170,7 +170,7 @@ CSimulatedModem::Result CSimulatedModem::OnFindPhonebook(const AtCommand& comman
     Inform("+CPBF: " + std::to_string(CPhonebook::kNumberLength) + ',' + std::to_string(CPhonebook::kNameLength));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   std::string octets;
   VELK_wstring start;
   if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) || !values.Text(0, &octets) ||
@@ -196,12 +196,12 @@ CSimulatedModem::Result CSimulatedModem::OnWritePhonebook(const AtCommand& comma
     return Ok();
   }
   if (m_bOwnNumbers) return Cme(kCmeNotAllowed);
-  const CValues values(command.values);
+  const CValues values(command.values, 4);
   int index = m_phonebook.FirstFree();
   int type = 0;
   std::string number;
   std::string octets;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() == 0 || values.Count() > 4 ||
+  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() == 0 ||
       !values.Number(0, 1, m_phonebook.Capacity(), &index)) {
     return Cme(kCmeInvalidIndex);
   }

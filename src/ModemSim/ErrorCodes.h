@@ -20,6 +20,7 @@ const int kCmeInvalidDialString = 27;
 const int kCmeNoNetwork = 30;
 const int kCmeIncorrectParameters = 50;
 
+const int kCmsUnassignedNumber = 1;  // 3GPP TS 24.011, E.2
 const int kCmsNotAllowed = 302;
 const int kCmsInvalidPduParameter = 304;
 const int kCmsInvalidTextParameter = 305;

@@ -9,12 +9,29 @@ namespace modem_sim {
 namespace {
 
 const char kMaker[] = "SmsApp";
-const char kSubscriber[] = "001010123456789";  // test network 001 01
-const char kOperatorLong[] = "SmsApp Test Network";
+const char kSubscriber[] = "001010123456789";    // test network 001 01
+const char kOperatorLong[] = "SmsApp Test Net";  // 16 characters at most (3GPP TS 27.007, 7.3)
 const char kOperatorShort[] = "SmsApp";
 const char kOperatorNumber[] = "00101";
 
+const int kOnlyFormat = 3;  // <mode> of +COPS
+
+/// ITU-T V.250, 6.2 and 6.3.
+struct RegisterRange {
+  std::size_t place;
+  int lowest;
+  int highest;
+  int initial;
+};
+const RegisterRange kRegisters[] = {{0, 0, 255, 0}, {3, 0, 127, '\r'}, {4, 0, 127, '\n'}, {5, 0, 127, '\b'},
+                                    {6, 2, 10, 2},  {7, 1, 255, 60},   {8, 0, 255, 2},    {10, 1, 254, 2}};
+
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
+std::string ThreeDigits(int number) {
+  const std::string digits = std::to_string(number);
+  return std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
+}
 
 /// Some programs leave the quotation marks out.
 std::string WithQuotes(const std::string& values) {
@@ -39,6 +56,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"&C", &M::OnIgnored},
       {"&D", &M::OnIgnored},
       {"&K", &M::OnIgnored},
+      {"&V", &M::OnShowSettings},
       {"&W", &M::OnIgnored},
       {"X", &M::OnIgnored},
       {"L", &M::OnIgnored},
@@ -68,6 +86,8 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"+COPS", &M::OnOperator},
       {"+CGATT", &M::OnAttachment},
       {"+CSCS", &M::OnCharacterSet},
+      {"+CLAC", &M::OnListCommands},
+      {"+WS46", &M::OnNetworkKind},
       {"S0", &M::OnRegister},
       {"S3", &M::OnRegister},
       {"S4", &M::OnRegister},
@@ -111,17 +131,62 @@ CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand& command) 
 
 CSimulatedModem::Result CSimulatedModem::OnDial(const AtCommand&) { return NoCarrier(); }
 
+void CSimulatedModem::ResetRegisters() {
+  for (const RegisterRange& range : kRegisters) m_registers[range.place] = range.initial;
+}
+
+/// The settings of the dialogue; a second profile and stored ones do not exist.
+CSimulatedModem::Result CSimulatedModem::OnShowSettings(const AtCommand& command) {
+  if (!command.values.empty() && command.values != "0") return Error();
+  std::string text =
+      std::string("E") + (m_bEcho ? "1" : "0") + " Q" + (m_bQuiet ? "1" : "0") + " V" + (m_bVerbose ? "1" : "0");
+  for (const RegisterRange& range : kRegisters) {
+    text += " S" + std::to_string(range.place) + ':' + ThreeDigits(m_registers[range.place]);
+  }
+  Inform(text);
+  return Ok();
+}
+
+/// 3GPP TS 27.007, 8.37.
+CSimulatedModem::Result CSimulatedModem::OnListCommands(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (command.form != AtCommand::Form::Execute) return Error();
+  for (const auto* const table : Tables()) {
+    for (const Entry& entry : *table) {
+      if (!Lacks(entry.name)) Inform(std::string("AT") + entry.name);
+    }
+  }
+  for (const NumberEntry& entry : NumberCommands()) {
+    if (!Lacks(entry.name)) Inform(std::string("AT") + entry.name);
+  }
+  return Ok();
+}
+
+/// The one kind of network that the device uses (3GPP TS 27.007, 5.9).
+CSimulatedModem::Result CSimulatedModem::OnNetworkKind(const AtCommand& command) {
+  const char* const kind = m_options.profile->networkKind;
+  if (command.form == AtCommand::Form::Test) {
+    Inform(std::string("+WS46: (") + kind + ')');
+    return Ok();
+  }
+  if (command.form == AtCommand::Form::Read) {
+    Inform(std::string("+WS46: ") + kind);
+    return Ok();
+  }
+  return command.values.empty() || command.values == kind ? Ok() : Cme(kCmeIncorrectParameters);
+}
+
 CSimulatedModem::Result CSimulatedModem::OnRegister(const AtCommand& command) {
   std::size_t place = 0;
   std::from_chars(command.name.data() + 1, command.name.data() + command.name.size(), place);
   if (command.form == AtCommand::Form::Read) {
-    const std::string number = std::to_string(m_registers[place]);
-    Inform(std::string(3 - std::min<std::size_t>(number.size(), 3), '0') + number);
+    Inform(ThreeDigits(m_registers[place]));
     return Ok();
   }
-  int value = 0;
-  const bool isCharacter = place >= 3 && place <= 5;
-  if (!CValues(command.values).Number(0, 0, isCharacter ? 127 : 255, &value)) return Error();
+  const RegisterRange& range = *std::find_if(std::begin(kRegisters), std::end(kRegisters),
+                                             [place](const RegisterRange& row) { return row.place == place; });
+  int value = range.initial;
+  if (!CValues(command.values, 1).Number(0, range.lowest, range.highest, &value)) return Error();
   m_registers[place] = value;
   return Ok();
 }
@@ -153,9 +218,9 @@ CSimulatedModem::Result CSimulatedModem::OnSerialNumber(const AtCommand& command
     Inform("+CGSN: (0,1)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int kind = 0;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() > 1 || !values.Number(0, 0, 1, &kind)) {
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Number(0, 0, 1, &kind)) {
     return Cme(kCmeIncorrectParameters);
   }
   Inform(kind == 0 ? std::string(m_options.profile->serial) : "+CGSN: " + Quoted(m_options.profile->serial));
@@ -207,7 +272,7 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
   }
   if (CardReady()) return Cme(kCmeNotAllowed);
   if (m_card == CardState::Absent || m_card == CardState::Busy) return CardLocked();
-  const CValues values(WithQuotes(command.values));
+  const CValues values(WithQuotes(command.values), 2);
   std::string pin;
   if (!values.Valid() || !values.Text(0, &pin) || !IsPin(pin)) return Cme(kCmeIncorrectParameters);
   if (m_card == CardState::Puk) return Unblock(values);
@@ -231,10 +296,10 @@ CSimulatedModem::Result CSimulatedModem::OnSignal(const AtCommand& command) {
 
 CSimulatedModem::Result CSimulatedModem::OnActivity(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) {
-    Inform("+CPAS: (0)");
+    Inform("+CPAS: (0,3)");
     return Ok();
   }
-  return Inform(command, "+CPAS: 0");
+  return Inform(command, m_strCaller.empty() ? "+CPAS: 0" : "+CPAS: 3");
 }
 
 CSimulatedModem::Result CSimulatedModem::OnFunctionality(const AtCommand& command) {
@@ -246,7 +311,7 @@ CSimulatedModem::Result CSimulatedModem::OnFunctionality(const AtCommand& comman
     Inform("+CFUN: " + std::to_string(m_iFunctionality));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   int level = 1;
   int reset = 0;
   if (!values.Valid() || !values.Number(0, 0, 4, &level) || !values.Number(1, 0, 1, &reset) || level == 2 ||
@@ -298,7 +363,7 @@ CSimulatedModem::Result CSimulatedModem::OnRegistration(const AtCommand& command
     case AtCommand::Form::Set:
       break;
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   return values.Valid() && values.Number(0, 0, 2, &mode) ? Ok() : Cme(kCmeIncorrectParameters);
 }
 
@@ -307,9 +372,15 @@ CSimulatedModem::Result CSimulatedModem::OnAttachment(const AtCommand& command) 
     Inform("+CGATT: (0,1)");
     return Ok();
   }
-  if (command.form != AtCommand::Form::Read) return Cme(kCmeNotAllowed);  // it attaches and detaches by itself
-  Inform(std::string("+CGATT: ") + (Registered() ? "1" : "0"));
-  return Ok();
+  if (command.form == AtCommand::Form::Read) {
+    Inform(std::string("+CGATT: ") + (Registered() ? "1" : "0"));
+    return Ok();
+  }
+  const CValues values(command.values, 1);
+  int state = 0;
+  if (!values.Valid() || !values.Given(0) || !values.Number(0, 0, 1, &state)) return Cme(kCmeIncorrectParameters);
+  if (state == 0) return Cme(kCmeNotAllowed);  // it stays attached as long as it is registered
+  return Registered() ? Ok() : Cme(kCmeNoNetwork);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {
@@ -317,27 +388,42 @@ CSimulatedModem::Result CSimulatedModem::OnOperator(const AtCommand& command) {
   if (!CardReady()) return CardLocked();
   if (command.form == AtCommand::Form::Read) {
     const std::string format = std::to_string(m_iOperatorFormat);
+    const std::string mode = std::to_string(static_cast<int>(m_selection));
     const std::string name = Quoted(kNames[m_iOperatorFormat]);
     const int technology = m_options.profile->accessTechnology;
     const std::string suffix = technology < 0 ? "" : ',' + std::to_string(technology);
-    Inform("+COPS: 0" + (Registered() ? ',' + format + ',' + name + suffix : std::string()));
+    Inform("+COPS: " + mode + (Registered() ? ',' + format + ',' + name + suffix : std::string()));
     return Ok();
   }
   if (command.form == AtCommand::Form::Test) {
     const std::string own =
-        "(2," + Quoted(kOperatorLong) + ',' + Quoted(kOperatorShort) + ',' + Quoted(kOperatorNumber) + ",2),";
-    Inform("+COPS: " + (Registered() ? own : std::string()) + ",(0,3),(0-2)");
+        "(2," + Quoted(kOperatorLong) + ',' + Quoted(kOperatorShort) + ',' + Quoted(kOperatorNumber) + ",2)";
+    Inform("+COPS: " + (Registered() ? own : std::string()) + ",,(0-4),(0-2)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 4);
   int mode = 0;
   int format = m_iOperatorFormat;
-  if (!values.Valid() || !values.Number(0, 0, 4, &mode) || !values.Number(1, 0, 2, &format)) {
+  int technology = 0;  // it has one
+  std::string name;
+  if (!values.Valid() || !values.Number(0, 0, 4, &mode) || !values.Number(1, 0, 2, &format) || !values.Text(2, &name) ||
+      !values.Number(3, 0, 7, &technology)) {
     return Cme(kCmeIncorrectParameters);
   }
-  if (mode != 0 && mode != 3) return Cme(kCmeNotAllowed);  // it cannot leave its one network
+  if (mode != kOnlyFormat) {
+    const bool manually = mode == static_cast<int>(Selection::Manual);
+    if (manually && name != kNames[format]) return Cme(kCmeNoNetwork);
+    const bool other = mode == static_cast<int>(Selection::ManualThenAutomatic) && name != kNames[format];
+    Select(other ? Selection::Automatic : static_cast<Selection>(mode));
+  }
   m_iOperatorFormat = format;
   return Ok();
+}
+
+void CSimulatedModem::Select(Selection selection) {
+  const std::string before = RegistrationState();
+  m_selection = selection;
+  RegistrationChanged(before);
 }
 
 CSimulatedModem::Result CSimulatedModem::OnCharacterSet(const AtCommand& command) {
@@ -352,7 +438,7 @@ CSimulatedModem::Result CSimulatedModem::OnCharacterSet(const AtCommand& command
     return Ok();
   }
   std::string name;
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   if (!values.Valid() || !values.Text(0, &name)) return Cme(kCmeIncorrectParameters);
   for (const CharacterSet set : kCharacterSets) {
     // the name may be written in the set that is in force, too

@@ -93,7 +93,7 @@ CSimulatedModem::Result CSimulatedModem::OnService(const AtCommand& command) {
     case AtCommand::Form::Set:
       break;
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   if (!values.Valid() || !values.Given(0) || !values.Number(0, 0, 1, &m_iService)) return Error();
   Inform("+CSMS: 1,1,1");
   HandOver();
@@ -113,9 +113,9 @@ CSimulatedModem::Result CSimulatedModem::OnPreferredMemory(const AtCommand& comm
     Inform(text);
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   auto memories = m_memories;
-  if (!values.Valid() || !values.Given(0) || values.Count() > memories.size()) return Error();
+  if (!values.Valid() || !values.Given(0)) return Error();
   for (std::size_t i = 0; i < memories.size(); ++i) {
     std::string name = NameOf(memories[i]);
     if (!values.Text(i, &name)) return Error();
@@ -136,7 +136,7 @@ CSimulatedModem::Result CSimulatedModem::OnServiceCentre(const AtCommand& comman
     Inform("+CSCA: " + Quoted(TextMode() ? Shown(m_strServiceCentre) : m_strServiceCentre) + ',' + type);
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   std::string number;
   int type = 0;
   sms_pdu::Address address;
@@ -163,9 +163,9 @@ CSimulatedModem::Result CSimulatedModem::OnIndications(const AtCommand& command)
     Inform(text);
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 5);
   std::array<int, 5> indications{};  // what is left out is 0
-  if (!values.Valid() || values.Count() > indications.size()) return Error();
+  if (!values.Valid()) return Error();
   for (std::size_t i = 0; i < indications.size(); ++i) {
     if (!values.Number(i, 0, kHighest[i], &indications[i])) return Error();
   }
@@ -191,7 +191,7 @@ CSimulatedModem::Result CSimulatedModem::OnBroadcastTypes(const AtCommand& comma
     Inform("+CSCB: 0," + Quoted(m_broadcastIds.List()) + ',' + Quoted(m_broadcastCodings.List()));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   std::string lists[2];
   CNumberSet ids;
   CNumberSet codings;
@@ -232,9 +232,9 @@ CSimulatedModem::Result CSimulatedModem::OnSend(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
   if (TextMode()) return SendInText(command);
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int length = 0;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() != 1 || !values.Given(0) ||
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
       !values.Number(0, 1, sms_pdu::kTpduOctets, &length)) {
     return Cms(kCmsInvalidPduParameter);
   }
@@ -250,7 +250,7 @@ CSimulatedModem::Result CSimulatedModem::OnWrite(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
   if (TextMode()) return WriteInText(command);
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   int length = 0;
   int status = static_cast<int>(MessageStatus::Unsent);
   if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
@@ -275,7 +275,7 @@ CSimulatedModem::Result CSimulatedModem::Write(const StoredMessage& message) {
 CSimulatedModem::Result CSimulatedModem::OnSendStored(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   int index = 0;
   sms_pdu::Address to;
   if (!values.Valid() || !values.Number(0, 1, Store(m_memories[1]).Capacity(), &index)) return Cms(kCmsInvalidIndex);
@@ -298,7 +298,7 @@ CSimulatedModem::Result CSimulatedModem::OnList(const AtCommand& command) {
   }
   if (!CardReady()) return CardError();
   if (TextMode()) return ListInText(command);
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int wanted = 0;
   if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, kStatusAll, &wanted)) {
     return Cms(kCmsInvalidPduParameter);
@@ -326,7 +326,7 @@ void CSimulatedModem::List(int wanted) {
 CSimulatedModem::Result CSimulatedModem::OnRead(const AtCommand& command) {
   if (command.form == AtCommand::Form::Test) return Ok();
   if (!CardReady()) return CardError();
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int index = 0;
   if (!values.Valid() || !values.Number(0, 1, Store(m_memories[0]).Capacity(), &index)) return Cms(kCmsInvalidIndex);
   StoredMessage* const message = Store(m_memories[0]).At(index);
@@ -351,7 +351,7 @@ CSimulatedModem::Result CSimulatedModem::OnDelete(const AtCommand& command) {
     Inform("+CMGD: (" + indexes + "),(0-4)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   int index = 0;
   int flag = 0;
   if (!values.Valid() || !values.Number(1, 0, 4, &flag) ||
@@ -371,7 +371,7 @@ CSimulatedModem::Result CSimulatedModem::OnAcknowledge(const AtCommand& command)
     if (!TextMode()) Inform("+CNMA: (0-2)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   int kind = 0;
   int length = 0;
   if (command.form == AtCommand::Form::Read || (TextMode() && command.form != AtCommand::Form::Execute) ||

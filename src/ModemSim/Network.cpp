@@ -10,6 +10,7 @@ namespace {
 
 const std::size_t kWaitingLimit = 1000;
 const std::size_t kBufferedLimit = 100;
+const int kLinkMs = 2500;          // looked at so often: the link closes after one or two of these, 5 seconds at most
 const int kAcknowledgeMs = 15000;  // 3GPP TS 24.011, 10.2: the network waits 12 to 20 seconds
 
 std::string Digits(const std::string& number) { return number.rfind('+', 0) == 0 ? number.substr(1) : number; }
@@ -50,7 +51,23 @@ CSimulatedModem::Result CSimulatedModem::Send(const StoredMessage& message, cons
   return Later();
 }
 
+/// <n> 1 of +CMMS falls back to 0 when no further send follows (3GPP TS 27.005, 3.5.6).
+void CSimulatedModem::WatchLink() {
+  m_bWatchesLink = true;
+  m_world.After(kLinkMs, [this, sends = m_uSends] {
+    m_bWatchesLink = false;
+    if (m_iMoreMessages != 1) return;
+    if (sends != m_uSends) {
+      WatchLink();
+    } else {
+      m_iMoreMessages = 0;
+    }
+  });
+}
+
 void CSimulatedModem::TellVerdict(const Result& verdict, int milliseconds) {
+  ++m_uSends;
+  if (m_iMoreMessages == 1 && !m_bWatchesLink) WatchLink();
   if (milliseconds == 0) {
     Finish(verdict);
     return;
@@ -64,6 +81,7 @@ CSimulatedModem::Result CSimulatedModem::Judge(const sms_pdu::Submit& submit) {
   if (!Registered()) return Cms(kCmsNoNetwork);
   if (const Fault* const fault = m_faults.Strike(FaultKind::Refuse, m_strCommand)) return Cms(fault->code);
   const std::string number = NumberOf(submit.destination);
+  if (number.empty()) return Cms(kCmsUnassignedNumber);
   for (const auto& [refused, code] : m_options.refusals) {
     if (SameNumber(refused, number)) return Cms(code);
   }

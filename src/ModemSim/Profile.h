@@ -12,6 +12,7 @@ struct Profile {
   const char* serial;              // IMEI, or MEID of a CDMA device
   const char* capabilities;        // +GCAP
   int accessTechnology;            // <AcT> of +CREG and +COPS (3GPP TS 27.007, 7.2); -1: not told
+  const char* networkKind;         // <n> of +WS46 (3GPP TS 27.007, 5.9); null: no such command
   const char* systemMode;          // <sys_mode> of ^SYSINFO; null: no such command
   const char* start;               // line at power on; null: none
   bool tellsFullMemory;            // ^SMMEMFULL

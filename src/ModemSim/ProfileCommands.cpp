@@ -38,7 +38,7 @@ CSimulatedModem::Result CSimulatedModem::OnPinTries(const AtCommand& command) {
 CSimulatedModem::Result CSimulatedModem::Unblock(const CValues& values) {
   std::string puk;
   std::string pin;
-  if (!values.Text(0, &puk) || !values.Text(1, &pin) || pin.size() < 4 || pin.size() > 8) {
+  if (!values.Text(0, &puk) || !values.Text(1, &pin) || !IsPin(pin)) {
     return Cme(kCmePukRequired);
   }
   if (m_iPukTries == 0 || puk != m_options.puk) {

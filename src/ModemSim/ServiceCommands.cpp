@@ -67,13 +67,13 @@ CSimulatedModem::Result CSimulatedModem::OnUssd(const AtCommand& command) {
     case AtCommand::Form::Set:
       break;
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   int mode = 0;
   int dcs = kUssdGsm7;
   std::string octets;
   std::string code;
-  if (!values.Valid() || values.Count() > 3 || !values.Number(0, 0, 2, &mode) || !values.Text(1, &octets) ||
-      !values.Number(2, 0, 255, &dcs) || !DecodeAscii(m_characterSet, octets, &code)) {
+  if (!values.Valid() || !values.Number(0, 0, 2, &mode) || !values.Text(1, &octets) ||
+      !values.Number(2, 0, 255, &dcs) || !DecodeAscii(UssdSet(dcs), octets, &code)) {
     return Cme(kCmeIncorrectParameters);
   }
   if (mode == 2) return Ok();  // ends a session: there is none that stays open
@@ -83,15 +83,27 @@ CSimulatedModem::Result CSimulatedModem::OnUssd(const AtCommand& command) {
   }
   if (!Registered()) return Cme(kCmeNoNetwork);
   m_iUssd = mode;
-  m_world.After(m_options.latencyMs, [this, code] { TellUssd(code); });
+  m_world.After(m_options.latencyMs, [this, code, dcs] { TellUssd(code, dcs); });
   return Ok();
 }
 
+/// UCS-2 and 8-bit strings are hexadecimal whatever +CSCS says (3GPP TS 27.007, 7.15).
+CharacterSet CSimulatedModem::UssdSet(int dcs) const {
+  switch (sms_pdu::ParsePageCoding(static_cast<BYTE>(dcs)).coding) {
+    case sms_pdu::Coding::Ucs2:
+      return CharacterSet::Ucs2;
+    case sms_pdu::Coding::Octets:
+      return CharacterSet::Hex;
+    default:
+      return m_characterSet;
+  }
+}
+
 /// <m> 0: no further action is asked of the user, 4: the network does not know the code.
-void CSimulatedModem::TellUssd(const std::string& code) {
+void CSimulatedModem::TellUssd(const std::string& code, int dcs) {
   if (m_iUssd == 0 || !Registered()) return;
   const bool known = code == kBalanceCode;
-  const std::string text = ',' + Quoted(EncodeAscii(m_characterSet, kBalance)) + ',' + std::to_string(kUssdGsm7);
+  const std::string text = ',' + Quoted(EncodeAscii(UssdSet(dcs), kBalance)) + ',' + std::to_string(dcs);
   Unsolicited(known ? "+CUSD: 0" + text : "+CUSD: 4");
 }
 
@@ -109,8 +121,8 @@ CSimulatedModem::Result CSimulatedModem::OnCallerNumber(const AtCommand& command
     case AtCommand::Form::Set:
       break;
   }
-  const CValues values(command.values);
-  const bool valid = values.Valid() && values.Count() <= 1 && values.Number(0, 0, 1, &m_iCallerNumber);
+  const CValues values(command.values, 1);
+  const bool valid = values.Valid() && values.Number(0, 0, 1, &m_iCallerNumber);
   return valid ? Ok() : Cme(kCmeIncorrectParameters);
 }
 
@@ -126,11 +138,10 @@ CSimulatedModem::Result CSimulatedModem::OnClock(const AtCommand& command) {
     Inform("+CCLK: " + Quoted(TextOf(TimeOf(SecondsOf(now) + m_clock.secondsAhead, zone))));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   std::string text;
   sms_pdu::TimeStamp time;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() != 1 || !values.Text(0, &text) ||
-      !ParseTime(text, &time)) {
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Text(0, &text) || !ParseTime(text, &time)) {
     return Cme(kCmeIncorrectParameters);
   }
   m_clock = {true, time.zoneQuarters, SecondsOf(time) - SecondsOf(now)};

@@ -43,10 +43,7 @@ void CSimulatedModem::ResetSettings() {
   m_bEcho = true;
   m_bQuiet = false;
   m_bVerbose = true;
-  m_registers.fill(0);
-  m_registers[kTerminator] = '\r';
-  m_registers[kFormatting] = '\n';
-  m_registers[kBackspace] = '\b';
+  ResetRegisters();
   m_iErrorForm = 0;
   m_iFormat = 0;
   m_iCircuitMode = 0;
@@ -238,11 +235,18 @@ void CSimulatedModem::PutSlowly() {
                 });
 }
 
-CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
+bool CSimulatedModem::Lacks(const std::string& command) const {
   const std::vector<std::string>& lacks = m_options.profile->lacks;
-  if (std::find(lacks.begin(), lacks.end(), command.name) != lacks.end()) return Error();
-  for (const auto* const table :
-       {&GeneralCommands(), &ProfileCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()}) {
+  return std::find(lacks.begin(), lacks.end(), command) != lacks.end();
+}
+
+std::array<const std::vector<CSimulatedModem::Entry>*, 5> CSimulatedModem::Tables() {
+  return {&GeneralCommands(), &ProfileCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()};
+}
+
+CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
+  if (Lacks(command.name)) return Error();
+  for (const auto* const table : Tables()) {
     const auto found =
         std::find_if(table->begin(), table->end(), [&](const Entry& entry) { return command.name == entry.name; });
     if (found != table->end()) return (this->*found->handler)(command);
@@ -251,15 +255,20 @@ CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {
   return FindNumber(command, &result) ? result : Error();
 }
 
-bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
-  static const NumberEntry kNumbers[] = {
+const std::vector<CSimulatedModem::NumberEntry>& CSimulatedModem::NumberCommands() {
+  static const std::vector<NumberEntry> kNumbers = {
       {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},  {"+CMGF", 1, &CSimulatedModem::m_iFormat},
       {"+CSDH", 1, &CSimulatedModem::m_iShowHeader}, {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
       {"+CGSMS", 3, &CSimulatedModem::m_iBearer},    {"+CRC", 1, &CSimulatedModem::m_iRingForm},
   };
-  const auto found = std::find_if(std::begin(kNumbers), std::end(kNumbers),
+  return kNumbers;
+}
+
+bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
+  const std::vector<NumberEntry>& numbers = NumberCommands();
+  const auto found = std::find_if(numbers.begin(), numbers.end(),
                                   [&](const NumberEntry& entry) { return command.name == entry.name; });
-  if (found == std::end(kNumbers)) return false;
+  if (found == numbers.end()) return false;
   switch (command.form) {
     case AtCommand::Form::Test:
       Inform(command.name + ": (0" + (found->highest == 1 ? ',' : '-') + std::to_string(found->highest) + ")");
@@ -271,8 +280,8 @@ bool CSimulatedModem::FindNumber(const AtCommand& command, Result* out) {
       this->*found->value = 0;
       break;
     case AtCommand::Form::Set: {
-      const CValues values(command.values);
-      if (!values.Valid() || values.Count() > 1 || !values.Number(0, 0, found->highest, &(this->*found->value))) {
+      const CValues values(command.values, 1);
+      if (!values.Valid() || !values.Number(0, 0, found->highest, &(this->*found->value))) {
         *out = Error();
         return true;
       }

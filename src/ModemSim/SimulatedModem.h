@@ -130,6 +130,8 @@ private:
   static const int kPhonebookCapacity = 50;
 
   enum class State { Command, Prompt, Busy };
+  /// <mode> of +COPS (3GPP TS 27.007, 7.3).
+  enum class Selection { Automatic = 0, Manual = 1, None = 2, ManualThenAutomatic = 4 };
   /// How a command ended. Later: it has not; Finish() comes.
   struct Result {
     enum class Kind { Ok, Error, Cme, Cms, NoCarrier, Later };
@@ -193,6 +195,9 @@ private:
   void Put(const std::string& bytes);
   void PutSlowly();
   Result Execute(const AtCommand& command);
+  static std::array<const std::vector<Entry>*, 5> Tables();
+  static const std::vector<NumberEntry>& NumberCommands();
+  bool Lacks(const std::string& command) const;
   bool FindNumber(const AtCommand& command, Result* out);
   void Finish(const Result& result);
   void End(const Result& result);
@@ -218,6 +223,10 @@ private:
   Result OnHangUpCall(const AtCommand& command);
   Result OnDial(const AtCommand& command);
   Result OnRegister(const AtCommand& command);
+  Result OnShowSettings(const AtCommand& command);
+  Result OnListCommands(const AtCommand& command);
+  Result OnNetworkKind(const AtCommand& command);
+  void ResetRegisters();
   Result OnIdentity(const AtCommand& command);
   Result OnSerialNumber(const AtCommand& command);
   Result OnCapabilities(const AtCommand& command);
@@ -230,10 +239,11 @@ private:
   Result OnRegistration(const AtCommand& command);
   Result OnAttachment(const AtCommand& command);
   Result OnOperator(const AtCommand& command);
+  void Select(Selection selection);
   Result OnCharacterSet(const AtCommand& command);
   Result Inform(const AtCommand& command, const std::string& text);
   bool CardReady() const { return m_card == CardState::Ready; }
-  bool OnAir() const { return m_bPowered && m_iFunctionality == 1; }
+  bool OnAir() const { return m_bPowered && m_iFunctionality == 1 && m_selection != Selection::None; }
   bool Registered() const;
   Result CardLocked() const;
   std::string RegistrationState() const;
@@ -261,7 +271,8 @@ private:
   Result OnCallerNumber(const AtCommand& command);
   Result OnClock(const AtCommand& command);
   Result OnBattery(const AtCommand& command);
-  void TellUssd(const std::string& code);
+  void TellUssd(const std::string& code, int dcs);
+  CharacterSet UssdSet(int dcs) const;
   std::string CallerLine() const;
 
   // What only some profiles have: ProfileCommands.cpp
@@ -314,6 +325,7 @@ private:
 
   // The network: Network.cpp
   Result Send(const StoredMessage& message, const char* replyName, std::function<void()> accepted);
+  void WatchLink();
   void TellVerdict(const Result& verdict, int milliseconds);
   Result Judge(const sms_pdu::Submit& submit);
   void Carry(const sms_pdu::Submit& submit, BYTE reference);
@@ -389,6 +401,7 @@ private:
   NetworkState m_network = NetworkState::Home;
   int m_iSignal = 20;
   int m_iFunctionality = 1;
+  Selection m_selection = Selection::Automatic;
   std::string m_strServiceCentre;
   CNumberSet m_broadcastIds;      // accepted
   CNumberSet m_broadcastCodings;  // accepted; none: all
@@ -404,6 +417,8 @@ private:
 
   // the network
   BYTE m_btReference = 0;
+  std::uint64_t m_uSends = 0;  // verdicts told
+  bool m_bWatchesLink = false;
   std::deque<SentMessage> m_lstSent;
   std::string m_strCaller;  // empty: nobody calls
   std::uint64_t m_uCall = 0;

@@ -82,13 +82,12 @@ CSimulatedModem::Result CSimulatedModem::OnTextParameters(const AtCommand& comma
            std::to_string(m_textParameters.protocolId) + ',' + std::to_string(m_textParameters.dcs));
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 4);
   TextParameters parameters = m_textParameters;
   int firstOctet = parameters.firstOctet;
   int protocolId = parameters.protocolId;
   int dcs = parameters.dcs;
-  if (command.form == AtCommand::Form::Execute || !values.Valid() || values.Count() > 4 ||
-      !values.Number(0, 0, 255, &firstOctet) ||
+  if (command.form == AtCommand::Form::Execute || !values.Valid() || !values.Number(0, 0, 255, &firstOctet) ||
       !ParseValidity(values, 1, static_cast<BYTE>(firstOctet), &parameters.validity) ||
       !values.Number(2, 0, 255, &protocolId) || !values.Number(3, 0, 255, &dcs)) {
     return Cms(kCmsInvalidTextParameter);
@@ -106,7 +105,7 @@ CSimulatedModem::Result CSimulatedModem::OnSaveSettings(const AtCommand& command
     Inform("+CSAS: (0)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int profile = 0;
   if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, 0, &profile)) return Error();
   m_saved = {m_strServiceCentre, m_textParameters};
@@ -118,7 +117,7 @@ CSimulatedModem::Result CSimulatedModem::OnRestoreSettings(const AtCommand& comm
     Inform("+CRES: (0)");
     return Ok();
   }
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   int profile = 0;
   if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Number(0, 0, 0, &profile)) return Error();
   m_strServiceCentre = m_saved.serviceCentre;
@@ -127,9 +126,9 @@ CSimulatedModem::Result CSimulatedModem::OnRestoreSettings(const AtCommand& comm
 }
 
 CSimulatedModem::Result CSimulatedModem::SendInText(const AtCommand& command) {
-  const CValues values(command.values);
+  const CValues values(command.values, 2);
   sms_pdu::Address to;
-  if (command.form != AtCommand::Form::Set || !values.Valid() || values.Count() > 2 || !TakeAddress(values, 0, &to)) {
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !TakeAddress(values, 0, &to)) {
     return Cms(kCmsInvalidTextParameter);
   }
   OpenPrompt(
@@ -143,11 +142,11 @@ CSimulatedModem::Result CSimulatedModem::SendInText(const AtCommand& command) {
 }
 
 CSimulatedModem::Result CSimulatedModem::WriteInText(const AtCommand& command) {
-  const CValues values(command.values);
+  const CValues values(command.values, 3);
   sms_pdu::Address party;
   std::string name = TextOf(MessageStatus::Unsent);
   int status = 0;
-  if (command.form == AtCommand::Form::Read || !values.Valid() || values.Count() > 3 ||
+  if (command.form == AtCommand::Form::Read || !values.Valid() ||
       (values.Given(0) && !TakeAddress(values, 0, &party)) || !values.Text(2, &name) || !ParseStatus(name, &status)) {
     return Cms(kCmsInvalidTextParameter);
   }
@@ -166,10 +165,10 @@ CSimulatedModem::Result CSimulatedModem::WriteInText(const AtCommand& command) {
 }
 
 CSimulatedModem::Result CSimulatedModem::ListInText(const AtCommand& command) {
-  const CValues values(command.values);
+  const CValues values(command.values, 1);
   std::string name = TextOf(MessageStatus::Unread);
   int wanted = kStatusAll;
-  if (command.form == AtCommand::Form::Read || !values.Valid() || values.Count() > 1 || !values.Text(0, &name) ||
+  if (command.form == AtCommand::Form::Read || !values.Valid() || !values.Text(0, &name) ||
       (name != kAll && !ParseStatus(name, &wanted))) {
     return Cms(kCmsInvalidTextParameter);
   }

@@ -87,7 +87,7 @@ class Gammu(PeerTest):
         reply = self.gammu("getsmsc", "networkinfo")
         self.assertIn('"+491710760000"', reply)
         self.assertIn("home network", reply)
-        self.assertIn("SmsApp Test Network", reply)
+        self.assertIn("SmsApp Test Net", reply)
 
 
 def send(number, text, *options):

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 using namespace modem_sim;
@@ -54,6 +55,23 @@ TEST(SimulatedModem, EchoesWhatIsTypedUntilToldNotTo) {
   EXPECT_EQ(desk.Say("ATE2\r"), "\r\nERROR\r\n");
   EXPECT_EQ(desk.Say("ATE1\r"), "\r\nOK\r\n");
   EXPECT_EQ(desk.Say("a"), "a");
+}
+
+TEST(SimulatedModem, ListsTheCommandsThatItKnows) {
+  for (const std::string& name : ProfileNames()) {
+    ModemOptions options;
+    options.profile = FindProfile(name);
+    Desk desk(options);
+    desk.Say("ATE0\r");
+    const std::vector<std::string> lines = LinesOf(desk.Say("AT+CLAC\r"));
+    EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "AT+CMGS"));
+    EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "AT+CMGF"));
+    EXPECT_EQ(name == "lte" ? 1 : 0, std::count(lines.begin(), lines.end(), "AT+CEREG"));
+    for (const std::string& line : lines) {
+      if (line.rfind("AT+C", 0) != 0) continue;
+      EXPECT_NE("\r\nERROR\r\n", desk.Say(line + "=?\r")) << line;
+    }
+  }
 }
 
 TEST(SimulatedModem, AnswersInDigitsWithoutVerbosity) {
@@ -292,7 +310,7 @@ TEST(AtCommand, ALineComesApartIntoCommands) {
 }
 
 TEST(AtCommand, ValuesAreNumbersTextOrNothing) {
-  const CValues values("1,,\"a,b\",\"\",x");
+  const CValues values("1,,\"a,b\",\"\",x", 5);
   EXPECT_TRUE(values.Valid());
   EXPECT_EQ(values.Count(), 5U);
   int number = 7;
@@ -312,11 +330,13 @@ TEST(AtCommand, ValuesAreNumbersTextOrNothing) {
   EXPECT_TRUE(values.Text(3, &text));
   EXPECT_EQ(text, "");
   EXPECT_FALSE(values.Text(0, &text));
-  EXPECT_FALSE(CValues("99999999999999999999").Number(0, 0, 9, &number));
-  EXPECT_FALSE(CValues("\"a").Valid());
-  EXPECT_FALSE(CValues("\"a\"b").Valid());
-  EXPECT_FALSE(CValues("\"").Valid());
-  EXPECT_EQ(CValues("").Count(), 0U);
+  EXPECT_FALSE(CValues("99999999999999999999", 1).Number(0, 0, 9, &number));
+  EXPECT_FALSE(CValues("\"a", 1).Valid());
+  EXPECT_FALSE(CValues("\"a\"b", 1).Valid());
+  EXPECT_FALSE(CValues("\"", 1).Valid());
+  EXPECT_EQ(CValues("", 1).Count(), 0U);
+  EXPECT_TRUE(CValues("1,2", 2).Valid());
+  EXPECT_FALSE(CValues("1,2,", 2).Valid());
 }
 
 TEST(MessageStore, GivesTheLowestFreePlace) {

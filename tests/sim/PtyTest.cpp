@@ -146,7 +146,7 @@ TEST(ModemSimProgram, StartsInTheStateOfItsOptions) {
   Send(port, "ATE0+CMEE=2;+CREG?;+CSQ;+CPMS?;+COPS?;+CGMM\r");
   const std::string reply = ReadUntil(port, "OK\r\n");
   for (const char* const part :
-       {"+CREG: 0,5", "+CSQ: 5,99", "\"SM\",20,20", "Test Network\",7", "Simulated LTE Modem"}) {
+       {"+CREG: 0,5", "+CSQ: 5,99", "\"SM\",20,20", "Test Net\",7", "Simulated LTE Modem"}) {
     EXPECT_NE(reply.find(part), std::string::npos) << part << " in " << reply;
   }
   EXPECT_NE(client.Ask(R"({"do":"state"})").find("\"faults\":3"), std::string::npos);
