@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes a seed of every fuzz target for each row of tests/pdu/data, and for each dialogue below.
+"""Writes a seed of every fuzz target for each row of tests/pdu/data, and for each dialogue, record and request below.
 
 usage: seeds.py FOLDER     makes FOLDER/TARGET/ROW; "fuzz_TARGET -merge=1 corpus/TARGET FOLDER/TARGET" takes over
                            those that reach something new
@@ -69,6 +69,65 @@ DIALOGUES = [
 ]
 
 
+PLAIN, MASKED = 0, 1
+TIME = bytes(4)
+RECORDS = [  # the computer and the modem in turns
+    ("send-text", MASKED, ['AT+CMGS="+4917391"\r', "\r\n> ", "Hello 123\x1a", "\r\n+CMGS: 7\r\n\r\nOK\r\n"]),
+    ("send-octets", MASKED, ["AT+CMGS=18\r", "\r\n> ", "0001000C91947102000020000005E8329BFD06\x1a", "\r\nOK\r\n"]),
+    ("send-octets-plain", PLAIN, ["AT+CMGS=18\r", "> ", "0001000C91947102000020000005E8329BFD06\x1a", "OK\r\n"]),
+    ("deliver", MASKED, ["AT\r", "OK\r\n+CMT: ,20\r\n0791947101670000040C919471020000200000425060708090800161\r\n"]),
+    ("list-text", MASKED,
+     ['AT+CMGL="ALL"\r',
+      '+CMGL: 1,"REC READ","+4917391",,"24/05/06,07:08:09+08"\r\nHello 123\r\n+CREG: 1\r\nOK\r\n']),
+    ("secrets", MASKED, ['AT+CPIN="7391"\r', "OK\r\n", "AT+CGSN\r", "490154203237518\r\n\r\nOK\r\n"]),
+    ("page", MASKED, ["", "+CBM: 88\r\n00101234\r\n", "AT\r", "OK\r\n"]),
+    ("echo-mixed", PLAIN, ["A", "A", "T\r", "T\r\r\nOK\r\n"]),
+    ("half-a-line", PLAIN, ["AT+CMGS=18\r", "> ", "00\x1b", "\r\n+CMT"]),
+]
+RECORD_LINES = ["1.250 > AT+CSQ<0D>", "1.251 < +CSQ: 20,99<0D><0A>", "0001.000 < <41><3c>", "4294967.295 > ",
+                "4294967.296 > ", "1.25 > AT", "1.250 > AT<0", "1.250 > A\tT"]
+REQUESTS = [
+    ("deliver", '{"do":"deliver","from":"+49172000002","text":"Hello"}'),
+    ("deliver-parts",
+     '{"do":"deliver","from":"Bank","text":"' + 200 * "a" + '","parts":[2,1,2],"reference":300,"wide":true}'),
+    ("deliver-no-such-part", '{"do":"deliver","from":"1","text":"a","parts":[2]}'),
+    ("deliver-data", '{"do":"deliver","from":"1","data":"00FF","port":2948,"class":1,"protocol":65}'),
+    ("deliver-time",
+     '{"do":"deliver","from":"1","text":"\u20ac","time":"2024-05-06T07:08:09-03:30","alphabet":"ucs2"}'),
+    ("deliver-both", '{"do":"deliver","from":"1","text":"a","data":"00"}'),
+    ("push-mms", '{"do":"push","from":"1","mms":{"url":"http://mms.example/1","subject":"s","size":9}}'),
+    ("push-mms-without-place", '{"do":"push","from":"1","mms":{"subject":"s"}}'),
+    ("pdu", '{"do":"pdu","hex":"040C919471020000200000425060708090800161"}'),
+    ("pdu-half", '{"do":"pdu","hex":"040C9"}'),
+    ("report", '{"do":"report","to":"+4917391","reference":7,"status":70,"discharged":"2024-05-06 07:08:09Z"}'),
+    ("page", '{"do":"page","text":"Storm","channel":50,"page":1,"pages":2,"dcs":1}'),
+    ("page-too-long", '{"do":"page","text":"' + 120 * "a" + '","page":1}'),
+    ("network", '{"do":"network","state":"roaming"}'),
+    ("signal", '{"do":"signal","value":32}'),
+    ("sim", '{"do":"sim","state":"pin","pin":"4711"}'),
+    ("restart", '{"do":"restart","ms":100}'),
+    ("unplug", '{"do":"unplug"}'),
+    ("plug", '{"do":"plug"}'),
+    ("call", '{"do":"call","state":"ringing","from":"+4917391"}'),
+    ("sent", '{"do":"sent","from":0,"forget":true}'),
+    ("memory", '{"do":"memory","name":"SM"}'),
+    ("fill", '{"do":"fill","name":"ME"}'),
+    ("state-foreign-field", '{"do":"state","name":"SM"}'),
+    ("line", '{"do":"line","baud":9600}'),
+    ("fault", '{"do":"fault","kind":"hangup","at":"after-octets","ms":50,"every":2,"times":1}'),
+    ("fault-none", '{"do":"fault","kind":"none"}'),
+    ("no-request", '{"do":"dance"}'),
+    ("no-object", '["do"]'),
+    ("no-json", '{"do":'),
+    ("rule-drop", "drop,command=+cmgl,times=1"),
+    ("rule-garbage", "garbage,octets=00FF7E0D0A"),
+    ("rule-hang-up", "hangup,at=before-verdict,ms=100"),
+    ("rule-refuse", "refuse,every=3,code=500"),
+    ("rule-bare-word", "refuse,often"),
+    ("rule-number-for-text", "late,command=12"),
+]
+
+
 def seed_of_dialogue(commands, options, answers):
     packed = sum(command << 2 * place for place, command in enumerate(commands))
     return bytes([packed, options]) + "\0".join(answers).encode()
@@ -87,6 +146,14 @@ def main():
     (folder / "dialogue").mkdir(parents=True, exist_ok=True)
     for name, *dialogue in DIALOGUES:
         (folder / "dialogue" / name).write_bytes(seed_of_dialogue(*dialogue))
+    for target in ("dialogue_record", "control_request"):
+        (folder / target).mkdir(parents=True, exist_ok=True)
+    for name, options, pieces in RECORDS:
+        (folder / "dialogue_record" / name).write_bytes(bytes([options]) + TIME + "\0".join(pieces).encode())
+    for number, line in enumerate(RECORD_LINES):
+        (folder / "dialogue_record" / f"line-{number}").write_bytes(bytes([PLAIN]) + TIME + line.encode())
+    for name, line in REQUESTS:
+        (folder / "control_request" / name).write_bytes(line.encode())
     for row in [*rows("tpdus.jsonl"), *rows("pages.jsonl")]:
         for number, (target, seed) in enumerate(seeds_of(row)):
             (folder / target).mkdir(parents=True, exist_ok=True)
