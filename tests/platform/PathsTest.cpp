@@ -38,6 +38,14 @@ VELK_wstring Whole(const Ask& ask) {
   return text;
 }
 
+TEST(TestProcess, LeavesTheUsersFilesAlone) {
+  const std::string home = std::string(std::getenv("HOME") ? std::getenv("HOME") : "/") + "/.";
+  const PlatformPaths paths = GetPlatformPaths();
+  for (const std::string& path : {paths.strSettingsFile, paths.strUserDataDir, paths.strLogFile}) {
+    EXPECT_NE(home, path.substr(0, home.size()));
+  }
+}
+
 TEST_F(Paths, FollowTheHomeFolder) {
   const PlatformPaths paths = GetPlatformPaths();
   EXPECT_EQ("/home/someone/.config/smsapp/settings.ini", paths.strSettingsFile);
