@@ -63,13 +63,13 @@ bool CSimulatedModem::Plug(std::string* error) {
 void CSimulatedModem::PowerOff() {
   ++m_uLife;
   if (!m_bPowered) return;
+  m_fromComputer.Clear();
   HangUp();
   PutBack();
   m_bPowered = false;
   m_state = State::Command;
   m_strCaller.clear();
-  m_strSlow.clear();
-  m_bWritingSlowly = false;
+  m_toComputer.Clear();
   m_bMute = false;
   m_lstInformation.clear();
   m_lstUnsolicited.clear();

@@ -31,7 +31,7 @@ struct ModemOptions {
   std::map<std::string, int> latencies;       // command, upper case -> milliseconds before it is carried out
   std::map<std::string, int> refusals;        // recipient -> +CMS ERROR code
   std::vector<Fault> faults;                  // from the start
-  int baud = 0;                               // speed of what the modem writes; 0: at once
+  int baud = 0;                               // speed of the line, both ways; 0: at once
   std::string pin;                            // empty: the card is not locked
   std::string puk = "12345678";               // takes the block off, with a new PIN
   CardState card = CardState::Ready;          // Ready becomes Pin when there is a PIN

@@ -31,7 +31,8 @@ CSimulatedModem::CSimulatedModem(const ModemOptions& options, IModemWorld& world
       m_strServiceCentre(options.serviceCentre),
       m_saved{options.serviceCentre, {}},
       m_stores{CMessageStore(options.simCapacity), CMessageStore(options.meCapacity)},
-      m_iBaud(options.baud) {
+      m_toComputer(world, options.baud, [this](const std::string& bytes) { m_world.Write(bytes); }),
+      m_fromComputer(world, options.baud, [this](const std::string& bytes) { Hear(bytes); }) {
   ResetSettings();
   SetCard(options.card == CardState::Ready && !options.pin.empty() ? CardState::Pin : options.card, options.pin);
   if (options.simFull) Fill(Memory::Sim);
@@ -63,9 +64,19 @@ void CSimulatedModem::ResetSettings() {
 }
 
 void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
+  if (m_bPowered) m_fromComputer.Take(std::string(bytes, count));
+}
+
+void CSimulatedModem::SetBaud(int baud) {
+  m_toComputer.SetBaud(baud);
+  m_fromComputer.SetBaud(baud);
+}
+
+void CSimulatedModem::Hear(const std::string& bytes) {
+  const std::size_t count = bytes.size();
   for (std::size_t i = 0; i < count && m_bPowered; ++i) {
     if (m_state == State::Busy) {
-      m_strHeld.append(bytes + i, std::min(count - i, kHeldLimit - m_strHeld.size()));
+      m_strHeld.append(bytes, i, kHeldLimit - m_strHeld.size());
       return;
     }
     if (m_state == State::Prompt) {
@@ -77,6 +88,7 @@ void CSimulatedModem::Receive(const char* bytes, std::size_t count) {
 }
 
 void CSimulatedModem::HangUp() {
+  m_fromComputer.Flush();  // a port is closed when everything is out
   m_line.Clear();
   m_strHeld.clear();
   if (m_state != State::Prompt) return;
@@ -210,29 +222,7 @@ bool CSimulatedModem::HangsUp(HangUpPoint point) {
 /// The only way out.
 void CSimulatedModem::Put(const std::string& bytes) {
   if (!m_bPowered) return;
-  if (m_iBaud == 0 && m_strSlow.empty()) {
-    m_world.Write(bytes);
-    return;
-  }
-  m_strSlow += bytes;
-  if (!m_bWritingSlowly) PutSlowly();
-}
-
-/// A tenth of a second's octets at a time.
-void CSimulatedModem::PutSlowly() {
-  const int kSlicesASecond = 10;
-  const int kBitsAnOctet = 10;
-  m_bWritingSlowly = !m_strSlow.empty();
-  if (m_strSlow.empty()) return;
-  const int octets = std::max(1, m_iBaud / kBitsAnOctet / kSlicesASecond);
-  const std::size_t count = m_iBaud == 0 ? m_strSlow.size() : std::min(m_strSlow.size(), std::size_t(octets));
-  m_world.After(m_iBaud == 0 ? 0 : static_cast<int>(count) * kBitsAnOctet * 1000 / m_iBaud,
-                [this, count, life = m_uLife] {
-                  if (life != m_uLife) return;
-                  m_world.Write(m_strSlow.substr(0, count));
-                  m_strSlow.erase(0, count);
-                  PutSlowly();
-                });
+  m_toComputer.Take(bytes);
 }
 
 bool CSimulatedModem::Lacks(const std::string& command) const {
@@ -309,7 +299,7 @@ void CSimulatedModem::End(const Result& result) {
   FlushUnsolicited();
   const std::string held = std::move(m_strHeld);
   m_strHeld.clear();
-  Receive(held.data(), held.size());
+  Hear(held);
 }
 
 std::string CSimulatedModem::LineEnd() const {

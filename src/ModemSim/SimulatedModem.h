@@ -8,6 +8,7 @@
 #include "ModemOptions.h"
 #include "NumberSet.h"
 #include "Phonebook.h"
+#include "SlowLine.h"
 #include "SmsPdu.h"
 #include "TextMode.h"
 
@@ -122,8 +123,8 @@ public:
   /// @return how many they were.
   int Fill(Memory memory);
   CFaults& Faults() { return m_faults; }
-  /// @param baud  speed of what the modem writes, ten bits an octet; 0: at once.
-  void SetBaud(int baud) { m_iBaud = baud; }
+  /// @param baud  speed of the line, both ways, ten bits an octet; 0: at once.
+  void SetBaud(int baud);
 
 private:
   static const int kPinTries = 3;
@@ -184,6 +185,7 @@ private:
   static Result NoCarrier() { return {Result::Kind::NoCarrier, 0}; }
 
   // The dialogue: SimulatedModem.cpp
+  void Hear(const std::string& bytes);
   void TakeCommandCharacter(char c);
   void TakePromptCharacter(char c);
   void StartLine(const std::string& body);
@@ -193,7 +195,6 @@ private:
   bool HangsUp(HangUpPoint point);
   int LatencyOf(const std::string& command) const;
   void Put(const std::string& bytes);
-  void PutSlowly();
   Result Execute(const AtCommand& command);
   static std::array<const std::vector<Entry>*, 5> Tables();
   static const std::vector<NumberEntry>& NumberCommands();
@@ -361,10 +362,8 @@ private:
   std::function<Result(const std::string&)> m_usePrompt;
   std::vector<std::string> m_lstInformation;
   std::deque<std::string> m_lstUnsolicited;
-  std::string m_strCommand;  // under execution
-  bool m_bMute = false;      // this line gets no reply
-  std::string m_strSlow;     // not yet written at this speed
-  bool m_bWritingSlowly = false;
+  std::string m_strCommand;               // under execution
+  bool m_bMute = false;                   // this line gets no reply
   std::string m_strHeld;                  // typed while a command is carried out
   std::deque<std::string> m_lstBuffered;  // indications that +CNMI <mode> 0 keeps back
 
@@ -413,7 +412,8 @@ private:
   std::array<Memory, 3> m_memories{Memory::Sim, Memory::Sim, Memory::Sim};
 
   CFaults m_faults;
-  int m_iBaud = 0;
+  CSlowLine m_toComputer;
+  CSlowLine m_fromComputer;
 
   // the network
   BYTE m_btReference = 0;

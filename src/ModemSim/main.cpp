@@ -189,7 +189,7 @@ void DescribeBehaviour(CLI::App* app, ModemOptions* modem) {
       ->check(CLI::Range(0, kLongestMs))
       ->capture_default_str();
   AddRepeated(app, "--latency-of", "COMMAND=MS", "milliseconds before a command is carried out", modem, TakeLatency);
-  app->add_option("--baud", modem->baud, "speed of what the modem writes; 0: at once")
+  app->add_option("--baud", modem->baud, "speed of the line, both ways; 0: at once")
       ->check(CLI::Range(0, 4000000))
       ->capture_default_str();
   AddRepeated(app, "--refuse", "NUMBER=CODE", "refuse what is sent to a number, with this +CMS ERROR", modem,

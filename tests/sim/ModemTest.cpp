@@ -186,12 +186,12 @@ TEST(SimulatedModem, AnswersOneByteAtATimeAsInOnePiece) {
   EXPECT_NE(expected.find("+CMGS: 0"), std::string::npos);
 }
 
-TEST(SimulatedModem, WritesAtTheSpeedOfASlowLine) {
+TEST(SimulatedModem, ReadsAndWritesAtTheSpeedOfASlowLine) {
   ModemOptions options;
   options.baud = 300;  // thirty octets a second, three at a time
   Desk desk(options);
   EXPECT_EQ(desk.Say("AT\r"), "");
-  desk.world.Advance(32);
+  desk.world.Advance(100 + 32);
   EXPECT_EQ(desk.world.TakeOutput(), "");
   desk.world.Advance(1);
   EXPECT_EQ(desk.world.TakeOutput(), "A");  // nothing else was there when it began
@@ -203,16 +203,33 @@ TEST(SimulatedModem, WritesAtTheSpeedOfASlowLine) {
   EXPECT_EQ(desk.Say("AT\r"), "AT\r\r\nOK\r\n");
 }
 
-TEST(SimulatedModem, ForgetsWhatASlowLineHasNotWrittenWhenItIsUnplugged) {
+TEST(SimulatedModem, CarriesOutWhatWasOnASlowLineWhenThePortIsClosed) {
+  ModemOptions options;
+  options.baud = 300;
+  Desk desk(options);
+  desk.Say("ATE0\r");
+  desk.modem.HangUp();
+  desk.world.Advance(1000);
+  desk.world.TakeOutput();
+  desk.Say("AT\r");
+  desk.world.Advance(1000);
+  EXPECT_EQ(desk.world.TakeOutput(), "\r\nOK\r\n");
+}
+
+TEST(SimulatedModem, ForgetsWhatIsOnASlowLineWhenItIsUnplugged) {
   ModemOptions options;
   options.baud = 300;
   Desk desk(options);
   desk.Say("AT\r");
+  desk.world.Advance(100);
+  desk.Say("AT+CFUN=4\r");
   desk.modem.Unplug();
   std::string error;
   EXPECT_TRUE(desk.modem.Plug(&error));
   desk.world.Advance(60000);
   EXPECT_EQ(desk.world.TakeOutput(), "\r\n^SYSSTART\r\n");
+  desk.modem.SetBaud(0);
+  EXPECT_EQ(LinesOf(desk.Say("ATE0+CFUN?\r")).at(1), "+CFUN: 1");
 }
 
 TEST(SimulatedModem, SurvivesFaultsInAnyMixture) {
@@ -241,7 +258,7 @@ TEST(SimulatedModem, SurvivesFaultsInAnyMixture) {
       desk.world.Advance(static_cast<int>(random() % 3));
     }
     desk.modem.Faults().Clear();
-    desk.world.Advance(1000);
+    desk.world.Advance(60000);
     desk.Say("\x1B\r");
     desk.world.Advance(1000);
     desk.Say("ATE0\r");
