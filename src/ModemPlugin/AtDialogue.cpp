@@ -74,6 +74,17 @@ AtReply CAtDialogue::RunOnce(const CAtCommand& command, const std::string* octet
   return reply;
 }
 
+bool CAtDialogue::RestoreForms(unsigned int limitMs) {
+  // S3 may be either of two; a half line in front, also our own, ends at the first ones
+  static const char kBefore[] = "\x1B\n\r";
+  static const char kBehind[] = "\r\n";
+  const CTurn turn(m_turn);
+  const CAtCommand command("Q0V1E0S3=13S4=10S5=8");
+  m_bOutOfStep = true;
+  Begin(State::kReply, command, nullptr);
+  return Send(kBefore + command.Text() + kBehind, command.Shown()) && Await(limitMs).IsOk();
+}
+
 AtReply CAtDialogue::Converse(const CAtCommand& command, const std::string* octets, unsigned int limitMs) {
   if (!Send(command.Text() + "\r", command.Shown())) {
     return Ended(AtReply::Final::kLineGone);

@@ -59,6 +59,11 @@ public:
   AtReply ExecuteWithOctets(const CAtCommand& command, const std::string& octets, const char* prefix,
                             unsigned int limitMs);
 
+  /// Undoes what another program may have left on a modem that seems silent: results suppressed or as digits, other
+  /// characters at the end of lines (ITU-T V.250, 6.2.1 to 6.2.6).
+  /// @return whether the modem has answered; what it answered is still to be sorted out by the next command.
+  bool RestoreForms(unsigned int limitMs);
+
   /// @return false: the line is gone.
   bool Pause(unsigned int milliseconds);
 

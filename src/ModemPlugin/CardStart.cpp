@@ -52,7 +52,8 @@ TriesLeft AskTriesLeft(CQuestions& questions, const ModemProfile* profile) {
   if (!left.known && profile != nullptr && profile->pinTries.command != nullptr) {
     const std::string command = profile->pinTries.command;
     const std::string prefix = command.substr(0, command.find_first_of("=?")) + ":";
-    left.known = NumberOf(Parameter(questions.Ask(command.c_str(), prefix.c_str()), profile->pinTries.place), left.count);
+    left.known =
+        NumberOf(Parameter(questions.Ask(command.c_str(), prefix.c_str()), profile->pinTries.place), left.count);
   }
   left.all = left.known && left.count >= std::max(most, kUsual);
   return left;

@@ -21,21 +21,34 @@ const std::vector<Indications> kIndications = {{2, 1, 2, 1, 0}, {2, 1, 2, 2, 0},
                                                {3, 1, 0, 1, 0}, {3, 1, 0, 0, 0}, {2, 1, 2, 1, 1}, {2, 1, 0, 1, 1},
                                                {2, 1, 0, 0, 1}, {1, 1, 0, 0, 1}};
 
+const unsigned int kProbeLimitMs = 1000;
+
 bool Probe(CQuestions& questions) {
-  const unsigned int kProbeLimitMs = 1000;
   const int kProbes = 3;  // what stood in its buffer may spoil the first
   for (int probe = 0; probe < kProbes; ++probe) {
     const AtReply reply = questions.Ask("", nullptr, kProbeLimitMs);
     if (reply.IsOk() || reply.final == AtReply::Final::kLineGone) {
       return reply.IsOk();
     }
+    if (probe == 0 && reply.final == AtReply::Final::kNoAnswer) {
+      questions.Dialogue().RestoreForms(kProbeLimitMs);
+    }
   }
   return false;
 }
 
+/// A modem that spoke in digits may become silent by its words.
+AtReply AskForms(CQuestions& questions) {
+  const AtReply reply = questions.Ask("E0V1", nullptr);
+  if (reply.final != AtReply::Final::kNoAnswer || !questions.Dialogue().RestoreForms(kProbeLimitMs)) {
+    return reply;
+  }
+  return questions.Ask("E0V1", nullptr);
+}
+
 /// No echo, results as words, errors as numbers.
 void ChooseForms(CQuestions& questions, bool bTrustEcho) {
-  const bool quiet = questions.Ask("E0V1", nullptr).IsOk() || questions.Ask("E0", nullptr).IsOk();
+  const bool quiet = AskForms(questions).IsOk() || questions.Ask("E0", nullptr).IsOk();
   if (quiet && bTrustEcho) {
     questions.Dialogue().ExpectNoEcho();
   }

@@ -56,18 +56,17 @@ TEST_P(PinTries, MakeNoRefusedPinWorthASecondTry) {
   EXPECT_EQ(1, Start(GetParam().allLeft, "4321 8994011200000000453")) << "another PIN was refused";
 }
 
-const Maker kMakers[] = {
-    {"huawei", "AT^CPIN?", "^CPIN: SIM PIN,3,10,3,10,3", "^CPIN: SIM PIN,2,10,2,10,3"},
-    {"Sierra Wireless, Incorporated", "AT+CPINC?", "+CPINC: 3,3,10,10", "+CPINC: 2,3,10,10"},
-    {"Quectel", "AT+QPINC=\"SC\"", "+QPINC: \"SC\",3,10", "+QPINC: \"SC\",2,10"},
-    {"SIMCOM_Ltd", "AT+SPIC", "+SPIC: 3,10,0,10", "+SPIC: 2,10,0,10"},
-    {"u-blox", "AT+UPINCNT", "+UPINCNT: 3,3,10,10", "+UPINCNT: 2,3,10,10"},
-    {"Telit", "AT#PCT", "#PCT: 3", "#PCT: 2"},
-    {"Cinterion", "AT^SPIC", "^SPIC: 3", "^SPIC: 2"},
-    {"SIEMENS", "AT^SPIC", "^SPIC: 3", "^SPIC: 2"},
-    {"WAVECOM MODEM", "AT+CPINC", "+CPINC: 3,3,10,10", "+CPINC: 2,3,10,10"},
-    {"Ericsson", "AT*EPIN?", "*EPIN: 3,10,3,10", "*EPIN: 2,10,3,10"},
-    {"Option N.V.", "AT_OERCN?", "_OERCN: 3,10", "_OERCN: 2,10"}};
+const Maker kMakers[] = {{"huawei", "AT^CPIN?", "^CPIN: SIM PIN,3,10,3,10,3", "^CPIN: SIM PIN,2,10,2,10,3"},
+                         {"Sierra Wireless, Incorporated", "AT+CPINC?", "+CPINC: 3,3,10,10", "+CPINC: 2,3,10,10"},
+                         {"Quectel", "AT+QPINC=\"SC\"", "+QPINC: \"SC\",3,10", "+QPINC: \"SC\",2,10"},
+                         {"SIMCOM_Ltd", "AT+SPIC", "+SPIC: 3,10,0,10", "+SPIC: 2,10,0,10"},
+                         {"u-blox", "AT+UPINCNT", "+UPINCNT: 3,3,10,10", "+UPINCNT: 2,3,10,10"},
+                         {"Telit", "AT#PCT", "#PCT: 3", "#PCT: 2"},
+                         {"Cinterion", "AT^SPIC", "^SPIC: 3", "^SPIC: 2"},
+                         {"SIEMENS", "AT^SPIC", "^SPIC: 3", "^SPIC: 2"},
+                         {"WAVECOM MODEM", "AT+CPINC", "+CPINC: 3,3,10,10", "+CPINC: 2,3,10,10"},
+                         {"Ericsson", "AT*EPIN?", "*EPIN: 3,10,3,10", "*EPIN: 2,10,3,10"},
+                         {"Option N.V.", "AT_OERCN?", "_OERCN: 3,10", "_OERCN: 2,10"}};
 
 INSTANTIATE_TEST_SUITE_P(Makers, PinTries, testing::ValuesIn(kMakers), [](const auto& testInfo) {
   std::string name = testInfo.param.name;

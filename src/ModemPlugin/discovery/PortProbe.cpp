@@ -13,6 +13,7 @@ namespace modem {
 namespace {
 
 const unsigned int kAnswerLimitMs = 1000;
+const unsigned int kRestoreLimitMs = 900;
 const unsigned int kLimitMs = 1500;
 const int kTries = 2;  // what stood in its buffer may spoil the first
 const std::size_t kShortestImei = 14;
@@ -51,7 +52,7 @@ public:
   bool Answers() {
     AtReply reply;
     for (int turn = 0; turn < kTries; ++turn) {
-      reply = m_dialogue.Execute(CAtCommand(""), nullptr, kAnswerLimitMs);
+      reply = Say("", nullptr, kAnswerLimitMs);
       if (reply.IsOk() || reply.final == AtReply::Final::kNoAnswer) {
         break;
       }
@@ -60,11 +61,18 @@ public:
   }
   /// The first line of the reply; empty when there is none.
   std::string Ask(const char* command, const char* prefix) {
-    const AtReply reply = m_dialogue.Execute(CAtCommand(command), prefix, kLimitMs);
+    const AtReply reply = Say(command, prefix, kLimitMs);
     return reply.IsOk() && !reply.lines.empty() ? reply.lines[0] : std::string();
   }
 
 private:
+  /// Silence may be what another program has left.
+  AtReply Say(const char* command, const char* prefix, unsigned int limitMs) {
+    const AtReply reply = m_dialogue.Execute(CAtCommand(command), prefix, limitMs);
+    const bool silent = reply.final == AtReply::Final::kNoAnswer && !std::exchange(m_bRestored, true);
+    const bool again = silent && m_dialogue.RestoreForms(kRestoreLimitMs);
+    return again ? m_dialogue.Execute(CAtCommand(command), prefix, limitMs) : reply;
+  }
   void Read() {
     std::string bytes;
     while (m_stream->Read(bytes)) {
@@ -76,6 +84,7 @@ private:
 
   const std::unique_ptr<IByteStream> m_stream;
   CAtDialogue m_dialogue;
+  bool m_bRestored = false;  // tried once
   std::thread m_reader;
 };
 

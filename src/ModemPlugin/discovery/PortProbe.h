@@ -23,8 +23,8 @@ struct PortAnswer {
 /// Opens a port to ask it. @param error  out: one line for a person, when the result is null.
 typedef std::function<std::unique_ptr<IByteStream>(const std::string& path, std::string& error)> PortOpener;
 
-/// Asks "AT", and who it is if it answers; changes nothing on the modem. Returns within 2 s when there is no answer.
-/// Threads: any; on a port that nobody else uses.
+/// Asks "AT", and who it is if it answers; changes nothing on the modem, unless it is silent because another program
+/// left it so. Returns within 2 s when there is no answer. Threads: any; on a port that nobody else uses.
 PortAnswer ProbePort(const std::string& path, const PortOpener& open);
 
 /// Whatever check digit or version stands behind the 14 digits (3GPP TS 23.003, 6.2).
