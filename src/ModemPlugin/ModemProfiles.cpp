@@ -49,7 +49,9 @@ const std::vector<ModemProfile>& ModemProfiles() {
       {"Option", "", nullptr, {"_OERCN?", 0}, {"_OSSYS=0", "_OSQI=0"}, {},
        "connection programs leave notices of system and signal on, several a second on a slow port"},
       {"Novatel", "", nullptr, {}, {"$NWDMAT=1"}, {},
-       "a second port speaks AT only after this, else diagnostics"}};
+       "a second port speaks AT only after this, else diagnostics"},
+      {"SmsApp", "Simulated", nullptr, {}, {"^CURC=1"}, {},
+       "the simulated modem tells of a full memory (^SMMEMFULL) only when asked to"}};
   // clang-format on
   return profiles;
 }

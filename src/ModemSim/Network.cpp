@@ -244,7 +244,7 @@ bool CSimulatedModem::HandOverStored(const Incoming& incoming) {
 
 void CSimulatedModem::TellFull(Memory memory) {
   const CMessageStore& store = Store(memory);
-  if (m_options.profile->tellsFullMemory && m_indications[kMt] != 0 && store.Used() == store.Capacity()) {
+  if (m_iNotices == 1 && m_indications[kMt] != 0 && store.Used() == store.Capacity()) {
     Indicate(std::string("^SMMEMFULL: \"") + NameOf(memory) + '"');
   }
 }

@@ -17,10 +17,9 @@ const std::vector<Profile>& Profiles() {
        "12",
        nullptr,
        nullptr,
-       false,
-       {"+CEREG", "^SYSINFO"}},
-      {"wcdma", "Simulated Modem", "004999010640000", "+GCAP: +CGSM", 2, "22", "5", "^SYSSTART", true, {"+CEREG"}},
-      {"lte", "Simulated LTE Modem", "004999010640026", "+GCAP: +CGSM,+CLTE2", 7, "28", "17", "RDY", true, {}},
+       {"+CEREG", "^SYSINFO", "^CURC"}},
+      {"wcdma", "Simulated Modem", "004999010640000", "+GCAP: +CGSM", 2, "22", "5", "^SYSSTART", {"+CEREG"}},
+      {"lte", "Simulated LTE Modem", "004999010640026", "+GCAP: +CGSM,+CLTE2", 7, "28", "17", "RDY", {}},
       {"cdma",
        "Simulated CDMA Modem",
        "A1000009000001",
@@ -29,8 +28,7 @@ const std::vector<Profile>& Profiles() {
        nullptr,
        "2",
        nullptr,
-       false,
-       {"+CGREG", "+CEREG", "+CGATT", "+COPS", "+WS46", "+CGSN", "+CGSMS"}},
+       {"+CGREG", "+CEREG", "+CGATT", "+COPS", "+WS46", "+CGSN", "+CGSMS", "^CURC"}},
   };
   return kProfiles;
 }

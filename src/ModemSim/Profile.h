@@ -15,7 +15,6 @@ struct Profile {
   const char* networkKind;         // <n> of +WS46 (3GPP TS 27.007, 5.9); null: no such command
   const char* systemMode;          // <sys_mode> of ^SYSINFO; null: no such command
   const char* start;               // line at power on; null: none
-  bool tellsFullMemory;            // ^SMMEMFULL
   std::vector<std::string> lacks;  // commands that it answers with ERROR
 };
 

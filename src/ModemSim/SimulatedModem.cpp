@@ -60,6 +60,7 @@ void CSimulatedModem::ResetSettings() {
   m_iUssd = 0;
   m_iCallerNumber = 0;
   m_iRingForm = 0;
+  m_iNotices = 0;
   m_textParameters = m_saved.textParameters;
 }
 
@@ -250,6 +251,7 @@ const std::vector<CSimulatedModem::NumberEntry>& CSimulatedModem::NumberCommands
       {"+CMEE", 2, &CSimulatedModem::m_iErrorForm},  {"+CMGF", 1, &CSimulatedModem::m_iFormat},
       {"+CSDH", 1, &CSimulatedModem::m_iShowHeader}, {"+CMMS", 2, &CSimulatedModem::m_iMoreMessages},
       {"+CGSMS", 3, &CSimulatedModem::m_iBearer},    {"+CRC", 1, &CSimulatedModem::m_iRingForm},
+      {"^CURC", 1, &CSimulatedModem::m_iNotices},
   };
   return kNumbers;
 }

@@ -387,6 +387,7 @@ private:
   int m_iUssd = 0;
   int m_iCallerNumber = 0;
   int m_iRingForm = 0;
+  int m_iNotices = 0;  // of the maker
   TextParameters m_textParameters;
 
   // the device

@@ -30,9 +30,6 @@ receivefrequency = 0
 class GammuSmsd(PeerTest):
     programs = ("gammu-smsd",)
     files = (SCHEMA,)
-    # gammu takes the maker's line of a full memory, which other profiles have, for a part of the reply it waits for,
-    # though unsolicited result codes may come at any time (ITU-T V.250, 5.7.1)
-    modem_options = ("--profile", "gsm")
 
     def setUp(self):
         super().setUp()
