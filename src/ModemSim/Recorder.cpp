@@ -5,15 +5,24 @@
 
 namespace modem_sim {
 
-CRecorder::CRecorder(IModemWorld& world, std::ostream& file, bool masked, std::function<DWORD()> milliseconds)
+CRecorder::CRecorder(IModemWorld& world, std::ostream& file, bool masked, std::function<DWORD()> milliseconds,
+                     std::function<void()> ended)
     : m_world(world),
+      m_file(file),
       m_milliseconds(std::move(milliseconds)),
       m_dwStart(m_milliseconds()),
-      m_recorder(masked, [&file](const std::string& line) { file << line << std::endl; }) {}
+      m_ended(std::move(ended)),
+      m_recorder(masked, [this](const std::string& line) { Keep(line); }) {}
 
 CRecorder::~CRecorder() {
   m_recorder.End(false);
   m_recorder.End(true);
+}
+
+void CRecorder::Keep(const std::string& line) {
+  if (!m_file) return;
+  m_file << line << std::endl;
+  if (!m_file) m_ended();
 }
 
 void CRecorder::Receive(const char* bytes, std::size_t count) {

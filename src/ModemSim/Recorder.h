@@ -16,7 +16,9 @@ class CRecorder : public IPortUser, public IModemWorld {
 public:
   /// @param milliseconds  since some moment, never less than before.
   /// @param file, world   must outlive this.
-  CRecorder(IModemWorld& world, std::ostream& file, bool masked, std::function<DWORD()> milliseconds);
+  /// @param ended         called once when the file takes no more, errno says why; the modem goes on.
+  CRecorder(IModemWorld& world, std::ostream& file, bool masked, std::function<DWORD()> milliseconds,
+            std::function<void()> ended);
   /// Writes what has not ended.
   ~CRecorder();
 
@@ -34,10 +36,13 @@ public:
 
 private:
   void Take(const std::string& bytes, bool fromModem);
+  void Keep(const std::string& line);
 
   IModemWorld& m_world;
+  std::ostream& m_file;
   const std::function<DWORD()> m_milliseconds;
   const DWORD m_dwStart;
+  const std::function<void()> m_ended;
   IPortUser* m_pModem = nullptr;
   sms_pdu::CDialogueRecorder m_recorder;
 };

@@ -3,7 +3,15 @@
 
 #include "Recorder.h"
 
+#include <cerrno>
+#include <cstring>
+
 namespace modem_sim {
+namespace {
+
+const std::size_t kExcerpt = 60;
+
+}  // namespace
 
 bool CReplay::Load(std::istream& file, std::string* error) {
   int number = 0;
@@ -13,19 +21,24 @@ bool CReplay::Load(std::istream& file, std::string* error) {
     if (text.empty() || text[0] == '#') continue;
     Step step{number, {}};
     if (!sms_pdu::ParseRecordLine(text, &step.line)) {
-      *error = "line " + std::to_string(number) + " is none of a record: \"" + text + "\"";
+      *error = "line " + std::to_string(number) + " is none of a record: " + Shown(text.substr(0, kExcerpt));
       return false;
     }
     m_lstSteps.push_back(step);
   }
-  if (m_lstSteps.empty()) *error = "there is nothing in it";
-  return !m_lstSteps.empty();
+  if (file.bad()) {
+    *error = std::strerror(errno);
+  } else if (m_lstSteps.empty()) {
+    *error = "there is nothing in it";
+  }
+  return !file.bad() && !m_lstSteps.empty();
 }
 
 void CReplay::Receive(const char* bytes, std::size_t count) {
   for (std::size_t i = 0; i < count && !m_bEnded; ++i) {
     m_strLine += bytes[i];
-    if (bytes[i] != '\r' && bytes[i] != '\x1A' && bytes[i] != '\x1B') continue;
+    const bool ends = bytes[i] == '\r' || bytes[i] == '\x1A' || bytes[i] == '\x1B';
+    if (!ends && m_strLine.size() < sms_pdu::kRecordLineLimit) continue;
     m_lstHeard.push_back(m_strLine);
     m_strLine.clear();
   }

@@ -89,6 +89,8 @@ std::string TakeFault(const std::string& text, ModemOptions* options) {
   return "";
 }
 
+std::string CheckPath(const std::string& path) { return path.empty() ? "a path must not be empty" : ""; }
+
 std::string CheckPin(const std::string& pin) {
   const bool digits = pin.find_first_not_of("0123456789") == std::string::npos;
   return digits && pin.size() >= 4 && pin.size() <= 8 ? "" : "a PIN or PUK has 4 to 8 digits";
@@ -116,20 +118,23 @@ void AddRepeated(CLI::App* app, const std::string& name, const std::string& form
 }
 
 void DescribePorts(CLI::App* app, Arguments* arguments) {
+  const CLI::Validator path(CheckPath, "");
   CLI::Option* const link =
       app->add_option("--link", arguments->link, "make a symbolic link to the port, removed at the end");
-  link->type_name("PATH");
+  link->type_name("PATH")->check(path);
   app->add_option("--tcp", arguments->tcp, "listen on this port of 127.0.0.1 instead of a pseudo-terminal; 0: any")
       ->check(CLI::Range(0, 65535))
       ->excludes(link);
   app->add_option("--control", arguments->control, "make a Unix socket that takes requests as JSON, one a line")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(path);
   CLI::Option* const record = app->add_option("--record", arguments->record, "keep the dialogue in a file");
-  record->type_name("FILE");
+  record->type_name("FILE")->check(path);
   app->add_flag("--unmasked", arguments->unmasked, "keep numbers, texts and PINs as they are")->needs(record);
   app->add_option("--replay", arguments->replay,
                   "play the modem's side of a kept dialogue, say where the other differs")
       ->type_name("FILE")
+      ->check(path)
       ->excludes(record)
       ->excludes("--control");
   app->add_flag("--exit-with-stdin", arguments->exitWithStdin, "end when the standard input is closed");
@@ -306,7 +311,9 @@ int Serve(const Arguments& arguments, boost::asio::io_context& context, Port& po
   std::ofstream file(arguments.record);
   umask(before);
   if (!file) return Fail("cannot write " + arguments.record + ": " + std::strerror(errno));
-  modem_sim::CRecorder recorder(port, file, !arguments.unmasked, Milliseconds);
+  modem_sim::CRecorder recorder(port, file, !arguments.unmasked, Milliseconds, [&arguments] {
+    std::cerr << "modem-sim: the record " << arguments.record << " ends early: " << std::strerror(errno) << '\n';
+  });
   return ServeModem(arguments, context, port, &recorder);
 }
 

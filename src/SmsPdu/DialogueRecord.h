@@ -42,6 +42,9 @@ private:
 const char kMaskedTitle[] = "# AT dialogue, numbers and texts masked";
 const char kUnmaskedTitle[] = "# AT dialogue, unmasked";
 
+/// A longer line is taken apart.
+const std::size_t kRecordLineLimit = 64 * 1024;
+
 /// Makes a record of what both sides write. One object a dialogue, one thread at a time.
 class CDialogueRecorder {
 public:

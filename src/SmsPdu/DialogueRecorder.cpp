@@ -25,7 +25,7 @@ void CDialogueRecorder::Take(const std::string& bytes, bool fromModem, DWORD mil
     if (!fromModem && line.bytes.empty() && m_device.bytes == kPrompt) End(true);
     if (line.bytes.empty()) line.milliseconds = milliseconds;
     line.bytes += c;
-    if (Ends(c, fromModem)) End(fromModem);
+    if (Ends(c, fromModem) || line.bytes.size() == kRecordLineLimit) End(fromModem);
   }
 }
 

@@ -128,6 +128,10 @@ TEST(ModemSimProgram, RefusesOptionsThatMakeNoSense) {
                                              {"--fault", "drop,every"},
                                              {"--fault", "drop,every=x"},
                                              {"--fault", ""},
+                                             {"--link", ""},
+                                             {"--control", ""},
+                                             {"--record", ""},
+                                             {"--replay", ""},
                                              {"--nonsense"}}) {
     CSimProgram program(arguments);
     EXPECT_EQ(program.AwaitEnd(), 2) << arguments[0];
@@ -145,8 +149,7 @@ TEST(ModemSimProgram, StartsInTheStateOfItsOptions) {
   const int port = OpenPort(program.Path());
   Send(port, "ATE0+CMEE=2;+CREG?;+CSQ;+CPMS?;+COPS?;+CGMM\r");
   const std::string reply = ReadUntil(port, "OK\r\n");
-  for (const char* const part :
-       {"+CREG: 0,5", "+CSQ: 5,99", "\"SM\",20,20", "Test Net\",7", "Simulated LTE Modem"}) {
+  for (const char* const part : {"+CREG: 0,5", "+CSQ: 5,99", "\"SM\",20,20", "Test Net\",7", "Simulated LTE Modem"}) {
     EXPECT_NE(reply.find(part), std::string::npos) << part << " in " << reply;
   }
   EXPECT_NE(client.Ask(R"({"do":"state"})").find("\"faults\":3"), std::string::npos);

@@ -18,9 +18,15 @@ namespace {
 
 const char kText[] = "0001000C91947102000020000005E8329BFD06";
 
+/// Takes nothing.
+class FullDisk : public std::streambuf {};
+
 /// A modem whose dialogue is kept.
 struct Desk {
-  explicit Desk(bool masked) : recorder(world, file, masked, [this] { return now; }), modem(ModemOptions(), recorder) {
+  explicit Desk(bool masked)
+      : recorder(
+            world, file, masked, [this] { return now; }, [this] { ++ended; }),
+        modem(ModemOptions(), recorder) {
     recorder.Start(modem);
   }
 
@@ -31,6 +37,7 @@ struct Desk {
   }
 
   DWORD now = 5000;
+  int ended = 0;
   CFakeWorld world;
   std::ostringstream file;
   CRecorder recorder;
@@ -72,6 +79,24 @@ std::string MaskedBy(const std::vector<std::string>& lines) {
 }
 
 }  // namespace
+
+TEST(Recorder, SaysOnceThatTheFileTakesNoMore) {
+  Desk desk(false);
+  desk.Say("ATE0\r");
+  desk.world.TakeOutput();
+  FullDisk disk;
+  static_cast<std::ios&>(desk.file).rdbuf(&disk);
+  desk.Say("AT\rAT\r");
+  EXPECT_EQ(LinesOf(desk.world.TakeOutput()), (std::vector<std::string>{"OK", "OK"}));
+  EXPECT_EQ(desk.ended, 1);
+}
+
+TEST(Recorder, TakesALineWithoutEndApart) {
+  Desk desk(false);
+  desk.Say("ATE0\r");
+  desk.Say(std::string(sms_pdu::kRecordLineLimit, 'x'));
+  EXPECT_NE(desk.file.str().find(std::string(sms_pdu::kRecordLineLimit, 'x') + "\n"), std::string::npos);
+}
 
 TEST(RecordLine, ReadsBackWhatItWrites) {
   std::string all;
@@ -200,7 +225,8 @@ TEST(Replay, TakesWhatComesTooEarlyInItsTurn) {
 
 TEST(Replay, NamesTheLineThatIsNoneOfARecord) {
   CFakeWorld world;
-  for (const auto& [text, words] : {std::pair("0.000 > AT<0D>\nlunch\n", "line 2"), std::pair("", "nothing in it")}) {
+  for (const auto& [text, words] : {std::pair("0.000 > AT<0D>\nlunch\n", "line 2"), std::pair("", "nothing in it"),
+                                    std::pair("\x1B]0;title\x07", "<1B>]0;title<07>")}) {
     CReplay replay(world, [](const std::string&) {});
     std::istringstream file(text);
     std::string error;
@@ -230,10 +256,22 @@ TEST(ModemSimRecord, ARecordedDialogueIsPlayedAgain) {
   rmdir(folder.c_str());
 }
 
+TEST(ModemSimRecord, GoesOnWhenTheDiskIsFull) {
+  CSimProgram program({"--record", "/dev/full"});
+  const int port = OpenPort(program.Path());
+  Send(port, "AT+CSQ\r");
+  EXPECT_EQ(ReadUntil(port, "OK\r\n"), "AT+CSQ\r\r\n+CSQ: 20,99\r\n\r\nOK\r\n");
+  close(port);
+  program.Signal(SIGTERM);
+  EXPECT_EQ(program.AwaitEnd(), 0);
+}
+
 TEST(ModemSimRecord, SaysWhyAFileCannotBeUsed) {
   for (const std::string option : {"--record", "--replay"}) {
     CSimProgram program({option, "/nowhere/dialogue"});
     EXPECT_EQ(program.AwaitEnd(), 1);
+    CSimProgram folder({option, "/tmp"});
+    EXPECT_EQ(folder.AwaitEnd(), 1);
   }
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{"--record", "/tmp/a", "--replay", "/tmp/b"},
