@@ -3,7 +3,7 @@
 # cannot be done it says so in one line and ends well: the tests then skip.
 set -u
 
-packages=(gammu gammu-smsd libdbd-sqlite3 gnokii-cli smstools)
+packages=(gammu gammu-smsd libdbd-sqlite3 gnokii-cli gsm-utils kannel ofono smstools)
 # the tables of gammu-smsd come as documentation, which small images leave out
 schema=/usr/share/doc/gammu-smsd/examples
 
@@ -27,7 +27,7 @@ install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -
 echo "peers: installing ${packages[*]}"
 { "${as_root[@]}" apt-get update && "${install[@]}"; } >/dev/null 2>&1 || skip "apt-get could not"
 if [ -d /run/systemd/system ]; then
-  for service in gammu-smsd smstools; do
-    grep -qx "ii *$service" <<<"$was_there" || "${as_root[@]}" systemctl disable --now "$service" >/dev/null 2>&1
+  for unit in gammu-smsd:gammu-smsd kannel:kannel ofono:ofono ofono:dundee smstools:smstools; do
+    grep -qx "ii *${unit%:*}" <<<"$was_there" || "${as_root[@]}" systemctl disable --now "${unit#*:}" >/dev/null 2>&1
   done
 fi

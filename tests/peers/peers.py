@@ -1,5 +1,6 @@
 """A modem-sim of one's own for a program that other people wrote, and what its tests share."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -32,16 +33,33 @@ def await_that(holds, what):
         time.sleep(0.05)
 
 
+def free_ports(count):
+    """Ports of 127.0.0.1 that nobody uses, below those that the system gives away by itself."""
+    with contextlib.ExitStack() as sockets:
+        ports = []
+        for port in range(10000 + os.getpid() * 7 % 20000, 32000):
+            candidate = sockets.enter_context(socket.socket())
+            try:
+                candidate.bind(("127.0.0.1", port))
+            except OSError:
+                continue
+            ports.append(port)
+            if len(ports) == count:
+                return ports
+    raise AssertionError(f"no {count} free ports")
+
+
 class Modem:
-    """A running modem-sim: a port behind a symbolic link, and its control socket."""
+    """A running modem-sim: a port behind a symbolic link, or with --tcp an address, and its control socket."""
 
     def __init__(self, folder, *options):
         self.link = str(folder / "modem")
         control = str(folder / "control")
+        port = () if "--tcp" in options else ("--link", self.link)
         self._program = subprocess.Popen(
-            [os.environ["MODEM_SIM"], "--link", self.link, "--control", control, "--number", OWN_NUMBER, *options],
+            [os.environ["MODEM_SIM"], "--control", control, "--number", OWN_NUMBER, *port, *options],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
-        self._program.stdout.readline()  # the path of the port: everything is there
+        self.port = self._program.stdout.readline().decode().strip()  # when it is told, everything is there
         with socket.socket(socket.AF_UNIX) as connection:
             connection.settimeout(DEADLINE_S)
             connection.connect(control)
@@ -104,8 +122,8 @@ class PeerTest(unittest.TestCase):
         return text
 
     def start_program(self, *command):
-        """Runs until the end of the test; its output goes to the test's folder."""
-        with open(self.folder / "output", "wb") as output:
+        """Runs until the end of the test; what it prints goes to a file of its name in the test's folder."""
+        with open(self.folder / f"{command[0]}.output", "wb") as output:
             program = subprocess.Popen(command, env=self.environment(), cwd=self.folder, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=subprocess.STDOUT, start_new_session=True)
         self.addCleanup(self._end, program)
