@@ -39,7 +39,9 @@ CRecordedStream::~CRecordedStream() {
 void CRecordedStream::Keep(const std::string& line) {
   if (m_bKept && (std::fprintf(m_pFile.get(), "%s\n", line.c_str()) < 0 || std::fflush(m_pFile.get()) != 0)) {
     m_bKept = false;  // a full disk costs the record, never the modem
-    TraceFault(std::string("the record of the dialogue ends early: ") + std::strerror(errno));
+    // whoever asked for it has to hear it
+    TraceSrv_Trace(Tracelevel::TL_CRIT, "MODEM",
+                   (std::string("the record of the dialogue ends early: ") + std::strerror(errno)).c_str());
   }
 }
 

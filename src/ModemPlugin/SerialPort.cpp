@@ -3,9 +3,12 @@
 #include "DevicePath.h"
 
 #include <fcntl.h>
+#include <linux/major.h>
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 #include <cerrno>
 #include <cstring>
@@ -52,6 +55,12 @@ std::string OpenError(const std::string& path, int code) {
   }
 }
 
+/// /dev/null and its kin, which every other program holds.
+bool IsMemoryDevice(const std::string& path) {
+  struct stat facts;
+  return stat(path.c_str(), &facts) == 0 && S_ISCHR(facts.st_mode) && major(facts.st_rdev) == MEM_MAJOR;
+}
+
 /// TIOCEXCL does not keep a privileged process out, and not every program sets it: who has the port is looked up.
 /// Opening would raise its lines already.
 bool IsFree(const std::string& path, std::string& error) {
@@ -85,6 +94,10 @@ std::unique_ptr<CSerialPort> CSerialPort::Open(const std::string& path, std::str
                                                const SerialSettings& settings) {
   if (!IsBaudRate(settings.baud)) {
     error = "cannot open " + path + ": no port has a speed of " + std::to_string(settings.baud) + " baud.";
+    return nullptr;
+  }
+  if (IsMemoryDevice(path)) {
+    error = OpenError(path, ENOTTY);
     return nullptr;
   }
   if (!IsFree(path, error)) {

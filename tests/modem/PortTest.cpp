@@ -62,7 +62,7 @@ TEST(SerialPort, NamesThePathTheCauseAndWhatToDo) {
   home.WriteFile("plain", "x");
   EXPECT_THAT(ErrorOf(home.Path("plain")), HasSubstr(home.Path("plain")));
   EXPECT_THAT(ErrorOf(home.Path("plain")), HasSubstr("--device"));
-  EXPECT_THAT(ErrorOf("/dev/null"), HasSubstr("/dev/null"));
+  EXPECT_THAT(ErrorOf("/dev/null"), HasSubstr("/dev/null is no modem's port"));
   EXPECT_THAT(ErrorOf(home.Path()), HasSubstr(home.Path()));
 }
 
