@@ -2,6 +2,7 @@
 
 #include "Boxes.h"
 #include "Commands.h"
+#include "Text.h"
 #include "Version.h"
 
 #include <CLI/CLI.hpp>
@@ -47,6 +48,7 @@ private:
   typedef std::function<int()> Action;
 
   CLI::App* Add(CLI::App& parent, const char* name, const char* help, const Action& run);
+  int WithText(const std::function<int(const std::string& text)>& run) const;
   void AddSending();
   void AddMessages();
   void AddModemAndSettings();
@@ -85,6 +87,12 @@ CLI::App* CCommandLine::Add(CLI::App& parent, const char* name, const char* help
   return command;
 }
 
+int CCommandLine::WithText(const std::function<int(const std::string& text)>& run) const {
+  const std::string text = TextOf(m_text);
+  return IsUtf8(text) ? run(text)
+                      : Fail("the text is not in UTF-8; set the terminal to UTF-8, or convert the text with iconv");
+}
+
 void CCommandLine::AddText(CLI::App* command) {
   command->add_option("text", m_text, "the text, or - to read it from standard input")->required();
 }
@@ -104,13 +112,15 @@ void CCommandLine::AddBox(CLI::App* command, const std::vector<std::string>& box
 
 void CCommandLine::AddSending() {
   Add(m_app, "demo", "show the main journeys on a simulated modem", [this] { return Demo(m_options); });
-  CLI::App* const send = Add(m_app, "send", "send a text to one or more numbers",
-                             [this] { return Send(m_options, m_recipients, TextOf(m_text)); });
+  CLI::App* const send = Add(m_app, "send", "send a text to one or more numbers", [this] {
+    return WithText([this](const std::string& text) { return Send(m_options, m_recipients, text); });
+  });
   send->add_option("--to", m_recipients, "numbers, separated by \",\" or \";\"")->required()->type_name("NUMBERS");
   AddText(send);
-  AddText(Add(m_app, "count", "how many messages a text costs", [this] { return Count(m_options, TextOf(m_text)); }));
+  AddText(Add(m_app, "count", "how many messages a text costs",
+              [this] { return WithText([this](const std::string& text) { return Count(m_options, text); }); }));
   AddText(Add(m_app, "phonebook-size", "how much room a name takes on the SIM",
-              [this] { return PhonebookSize(m_options, TextOf(m_text)); }));
+              [this] { return WithText([this](const std::string& text) { return PhonebookSize(m_options, text); }); }));
 }
 
 void CCommandLine::AddMessages() {
@@ -120,8 +130,9 @@ void CCommandLine::AddMessages() {
   CLI::App* const show = Add(m_app, "show", "show a message whole", [this] { return Show(m_options, m_store, m_id); });
   AddId(show);
   AddStore(show);
-  CLI::App* const save = Add(m_app, "save", "keep a text in a local box",
-                             [this] { return Save(m_options, m_box, m_recipients, TextOf(m_text)); });
+  CLI::App* const save = Add(m_app, "save", "keep a text in a local box", [this] {
+    return WithText([this](const std::string& text) { return Save(m_options, m_box, m_recipients, text); });
+  });
   AddBox(save, LocalBoxNames());
   save->get_option("--box")->required();
   save->add_option("--to", m_recipients, "number of the other party")->type_name("NUMBER");

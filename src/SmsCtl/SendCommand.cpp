@@ -12,6 +12,7 @@ namespace smsctl {
 
 namespace {
 
+const std::size_t kNumberDigits = 20;  // 3GPP TS 23.040, 9.1.2.5
 const std::chrono::seconds kNetworkLimit(30);
 // The service gives a part 70 seconds; a little more for saving.
 const std::chrono::seconds kPartLimit(75);
@@ -22,8 +23,11 @@ std::string WhyNoRecipients(ISMSService& service, const std::vector<std::string>
     return "no recipient: give numbers with --to, separated by \",\" or \";\"";
   }
   for (const std::string& number : numbers) {
-    if (number.find_first_not_of("+0123456789*#") != std::string::npos || number.size() > 32) {
-      return "\"" + number + "\" is no phone number: write digits, for example +491701234567";
+    if (number.find_first_not_of("+0123456789*#") != std::string::npos) {
+      return "\"" + Printable(number) + "\" is no phone number: write digits, for example +491701234567";
+    }
+    if (number.size() - (number[0] == '+' ? 1 : 0) > kNumberDigits) {
+      return "\"" + number + "\" is no phone number: it has more than " + std::to_string(kNumberDigits) + " digits";
     }
   }
   ISMSSetting* setting = nullptr;

@@ -14,12 +14,15 @@ namespace smsctl {
 
 namespace {
 
+const long kLongestAge = 36500;  // days
+
 /// One setting as the command line names it; numbers are passed on as text.
 struct Setting {
   const char* name;
   const char* help;
   std::function<bool(ISMSSetting&, std::string&)> get;
-  std::function<bool(ISMSSetting&, const std::string&)> set;  // empty: cannot be written
+  std::function<bool(const std::string&)> valid;
+  std::function<bool(ISMSSetting&, const std::string&)> set;  // of a valid one; empty: cannot be written
 };
 
 bool ParseNumber(const std::string& text, long& value) {
@@ -44,38 +47,34 @@ bool GetCentre(ISMSSetting& setting, std::string& text) {
   return known;
 }
 
-bool SetReceiveMode(const std::string& text) {
-  long mode = 0;
-  return ParseNumber(text, mode) && mode >= 0 && mode <= 2 &&
-         CGlobalFunction::SetSetting(u"SMSSERVICE", u"ReceviceMode", ToUtf16(text).c_str()) == 0;
+bool WriteFile(const VELK_wchar_t* section, const VELK_wchar_t* key, const std::string& text) {
+  return CGlobalFunction::SetSetting(section, key, ToUtf16(text).c_str()) == 0;
 }
 
-bool SetCleanup(const std::string& text) {
-  long days = 0;
-  return ParseNumber(text, days) && days >= 0 &&
-         CGlobalFunction::SetSetting(u"CBSSettingPlugin", u"AutoCleanup", ToUtf16(text).c_str()) == 0;
+/// What takes a number of these, and no other text.
+std::function<bool(const std::string&)> From0To(long highest) {
+  return [highest](const std::string& text) {
+    long value = -1;
+    return ParseNumber(text, value) && value >= 0 && value <= highest;
+  };
+}
+
+bool IsDialled(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789", text[0] == '+' ? 1 : 0) == std::string::npos;
 }
 
 const Setting kSettings[] = {
-    {"centre", "number of the service centre", GetCentre,
+    {"centre", "number of the service centre", GetCentre, IsDialled,
      [](ISMSSetting& s, const std::string& v) { return s.SetSMSCentreNumber(ToUtf16(v).c_str()) == 0; }},
     {"validity", "0 to 255: how long the network tries (3GPP TS 23.040, 9.2.3.12.1)",
-     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSValidityPeriod, t); },
-     [](ISMSSetting& s, const std::string& v) {
-       long value = 0;
-       return ParseNumber(v, value) && value >= 0 && value <= 255 && s.SetSMSValidityPeriod(value) == 0;
-     }},
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSValidityPeriod, t); }, From0To(255),
+     [](ISMSSetting& s, const std::string& v) { return s.SetSMSValidityPeriod(std::stol(v)) == 0; }},
     {"report", "1: ask for delivery reports",
-     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSReceiptNotify, t); },
-     [](ISMSSetting& s, const std::string& v) {
-       return (v == "0" || v == "1") && s.SetSMSReceiptNotify(v == "1" ? 1 : 0) == 0;
-     }},
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSReceiptNotify, t); }, From0To(1),
+     [](ISMSSetting& s, const std::string& v) { return s.SetSMSReceiptNotify(std::stoi(v)) == 0; }},
     {"priority", "0 normal, 1 interactive, 2 urgent, 3 emergency",
-     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSPriority, t); },
-     [](ISMSSetting& s, const std::string& v) {
-       long value = 0;
-       return ParseNumber(v, value) && value >= 0 && value <= 3 && s.SetSMSPriority(static_cast<int>(value)) == 0;
-     }},
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSPriority, t); }, From0To(3),
+     [](ISMSSetting& s, const std::string& v) { return s.SetSMSPriority(std::stoi(v)) == 0; }},
     {"receive-mode", "0: new messages stay on the device; else they move to the local store",
      [](ISMSSetting& s, std::string& t) {
        int value = 0;
@@ -83,7 +82,7 @@ const Setting kSettings[] = {
        t = std::to_string(value);
        return true;
      },
-     [](ISMSSetting&, const std::string& v) { return SetReceiveMode(v); }},
+     From0To(2), [](ISMSSetting&, const std::string& v) { return WriteFile(u"SMSSERVICE", u"ReceviceMode", v); }},
     {"broadcast-cleanup", "age in days after which broadcasts are removed; 0 keeps them",
      [](ISMSSetting& s, std::string& t) {
        int value = 0;
@@ -91,9 +90,11 @@ const Setting kSettings[] = {
        t = std::to_string(value);
        return true;
      },
-     [](ISMSSetting&, const std::string& v) { return SetCleanup(v); }},
+     From0To(kLongestAge),
+     [](ISMSSetting&, const std::string& v) { return WriteFile(u"CBSSettingPlugin", u"AutoCleanup", v); }},
     {"group-limit", "most recipients of one send",
-     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSGroupSendLimit, t); }, nullptr},
+     [](ISMSSetting& s, std::string& t) { return ReadNumber(s, &ISMSSetting::GetSMSGroupSendLimit, t); }, nullptr,
+     nullptr},
 };
 
 const Setting* FindSetting(const std::string& name) {
@@ -185,15 +186,21 @@ int SetSetting(const host::HostOptions& options, const std::string& name, const 
   if (!found->set) {
     return Fail("\"" + name + "\" cannot be changed");
   }
-  host::CHostSession session(host::ModemIfConfigured(), !options.settingsFile.empty());
+  if (!found->valid(value)) {
+    return Fail("\"" + Printable(value) + "\" is no value for " + name + " (" + found->help + ")");
+  }
+  const host::Modem modem = host::ModemIfConfigured();
+  host::CHostSession session(modem, !options.settingsFile.empty());
   ISMSSetting* const setting = OpenSettings(session);
   if (setting == nullptr) {
     return kNotDone;
   }
-  return found->set(*setting, value)
-             ? kDone
-             : Fail("\"" + value + "\" is no value for " + name + " (" + found->help +
-                    "), or it could not be written: settings of the modem need one, named with --device");
+  if (found->set(*setting, value)) {
+    return kDone;
+  }
+  return Fail(name + (modem == host::Modem::kNone
+                          ? " cannot be written: settings of the modem need one; name its port with --device"
+                          : " cannot be written; see the trace file"));
 }
 
 int Channels(const host::HostOptions& options, const std::string& action, const std::string& channels) {

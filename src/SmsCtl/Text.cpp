@@ -24,6 +24,8 @@ std::string ToUtf8(const VELK_wchar_t* pszText) {
   return pszText == nullptr ? std::string() : ToUtf8(VELK_wstring(pszText));
 }
 
+bool IsUtf8(const std::string& text) { return ToUtf8(ToUtf16(text)) == text; }
+
 std::string OneLine(const std::string& text, std::size_t width) {
   std::string line;
   std::size_t characters = 0;

@@ -10,6 +10,7 @@ namespace smsctl {
 
 VELK_wstring ToUtf16(const std::string& text);
 std::string ToUtf8(const VELK_wstring& text);
+bool IsUtf8(const std::string& text);
 /// Null counts as empty.
 std::string ToUtf8(const VELK_wchar_t* pszText);
 

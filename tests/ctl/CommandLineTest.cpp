@@ -162,6 +162,33 @@ TEST_F(SmsCtl, KeepsADamagedDatabaseAsideAndStartsEmpty) {
   EXPECT_EQ(1, aside);
 }
 
+TEST_F(SmsCtl, RefusesATextThatIsNotUtf8) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"count", "caf\xE9"},
+                                                    {"save", "--box", "draft", "caf\xE9"},
+                                                    {"phonebook-size", "\xFF"}}) {
+    const ProgramResult result = Run(arguments);
+    EXPECT_EQ(1, result.status) << arguments[0];
+    EXPECT_THAT(result.err, HasSubstr("not in UTF-8"));
+  }
+  EXPECT_EQ(1, Run({"count", "-"}, "caf\xE9\n").status);
+  EXPECT_EQ(0, Run({"count", "caf\xC3\xA9 \xF0\x9F\x98\x80"}).status);
+}
+
+TEST_F(SmsCtl, RefusesANumberThatNoNetworkTakes) {
+  const std::string port = StartSimulator();
+  EXPECT_EQ("", Run({"send", "--device", port, "--to", "+12345678901234567890", "x"}).err);
+  const ProgramResult result = Run({"send", "--device", port, "--to", "123456789012345678901", "x"});
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.err, HasSubstr("more than 20 digits"));
+}
+
+TEST_F(SmsCtl, SaysThatTheRecordOfTheDialogueEndsEarly) {
+  const ProgramResult result = Run({"status", "--device", StartSimulator(), "--record", "/dev/full"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(1, CountLines(result.err)) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("the record of the dialogue ends early: No space left on device"));
+}
+
 TEST_F(SmsCtl, SendsAndShowsEveryPart) {
   const std::string port = StartSimulator();
   const ProgramResult result =

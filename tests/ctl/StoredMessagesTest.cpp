@@ -114,6 +114,23 @@ TEST_F(StoredMessages, RefusesSettingsThatDoNotExistOrMakeNoSense) {
   EXPECT_THAT(Run({"settings", "get", "colour"}).err, HasSubstr("there is no setting \"colour\""));
   EXPECT_EQ(1, Run({"settings", "set", "receive-mode", "often"}).status);
   EXPECT_EQ(1, Run({"settings", "set", "group-limit", "50"}).status);
+  for (const std::vector<std::string>& pair : {std::vector<std::string>{"validity", "256"},
+                                               {"report", "2"},
+                                               {"priority", "4"},
+                                               {"receive-mode", "3"},
+                                               {"centre", "nobody"},
+                                               {"broadcast-cleanup", "99999999999999999999"}}) {
+    const ProgramResult result = Run({"settings", "set", pair[0], pair[1]});
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.err, HasSubstr("\"" + pair[1] + "\" is no value for " + pair[0]));
+  }
+}
+
+TEST_F(StoredMessages, SaysThatASettingOfTheModemNeedsOne) {
+  const ProgramResult result = Run({"settings", "set", "validity", "255"});
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("smsctl: validity cannot be written: settings of the modem need one; name its port with --device\n",
+            result.err);
 }
 
 TEST_F(StoredMessages, ReadsAndWritesTheServiceCentreOfTheModem) {
