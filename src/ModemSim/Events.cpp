@@ -94,21 +94,24 @@ void CSimulatedModem::Restart(int milliseconds) {
 }
 
 int CSimulatedModem::Fill(Memory memory) {
+  int filled = 0;
+  while (Store(memory).Add(Filler(filled + 1)) != 0) ++filled;
+  if (filled != 0) TellFull(memory);
+  return filled;
+}
+
+/// No two are alike: a program may take equal messages of one second for one.
+StoredMessage CSimulatedModem::Filler(int number) {
+  const std::string text = "full " + std::to_string(number);
   sms_pdu::Deliver message;
   sms_pdu::MakeAddress(m_options.serviceCentre.c_str(), &message.originator);
-  sms_pdu::SetText(&message.userData, u"full", 4);
+  sms_pdu::SetText(&message.userData, VELK_wstring(text.begin(), text.end()).data(), text.size());
   message.time = m_world.Now();
   BYTE tpdu[sms_pdu::kTpduOctets];
   std::size_t size = 0;
-  StoredMessage stored;
-  if (sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size) != sms_pdu::PduError::None ||
-      !Wrap(tpdu, size, &stored)) {
-    return 0;
-  }
-  int filled = 0;
-  while (Store(memory).Add(stored) != 0) ++filled;
-  if (filled != 0) TellFull(memory);
-  return filled;
+  StoredMessage stored;  // empty: no memory takes it
+  if (sms_pdu::EncodeDeliver(message, tpdu, sizeof tpdu, &size) == sms_pdu::PduError::None) Wrap(tpdu, size, &stored);
+  return stored;
 }
 
 }  // namespace modem_sim

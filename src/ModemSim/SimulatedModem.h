@@ -346,6 +346,7 @@ private:
   void PutBack();
   void RingOnce(std::uint64_t call);
   void TellFull(Memory memory);
+  StoredMessage Filler(int number);
 
   // constant after construction
   const ModemOptions m_options;
