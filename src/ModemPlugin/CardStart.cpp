@@ -101,20 +101,20 @@ std::string ReasonAgainst(CQuestions& questions, const ModemProfile* profile, co
 
 void TraceRefusal(const AtReply& reply) {
   const bool coded = reply.final == AtReply::Final::kCmeError;
-  TraceFault(std::string("the card did not accept the PIN of the settings: ") +
-             (coded ? CmeErrorText(static_cast<unsigned int>(reply.code)) : "no reason given"));
+  TraceGraveFault(std::string("the card did not accept the PIN of the settings: ") +
+                  (coded ? CmeErrorText(static_cast<unsigned int>(reply.code)) : "no reason given"));
 }
 
 void EnterPin(CQuestions& questions, const ModemProfile* profile, ModemFacts& facts) {
   const std::string pin = ConfiguredPin();
   const std::string reason = ReasonAgainst(questions, profile, pin, facts.iccid);
   if (!reason.empty()) {
-    TraceFault("the card waits for its PIN: " + reason);
+    TraceGraveFault("the card waits for its PIN: " + reason);
     return;
   }
   const AtReply reply = questions.Ask(CAtCommand("+CPIN=").Secret(pin), nullptr, CQuestions::kSlowLimitMs);
   if (reply.final == AtReply::Final::kNoAnswer || reply.final == AtReply::Final::kLineGone) {
-    TraceFault("the card did not tell whether it accepts the PIN of the settings");
+    TraceGraveFault("the card did not tell whether it accepts the PIN of the settings");
     return;
   }
   if (!reply.IsOk()) {
@@ -148,7 +148,7 @@ void AskCard(CQuestions& questions, const ModemProfile* profile, ModemFacts& fac
   if (facts.pin == DevDataDef::PIN_ENABLED_NOT_VERIFIED) {
     EnterPin(questions, profile, facts);
   } else if (facts.pin == DevDataDef::PIN_BLOCKED) {
-    TraceFault("the card waits for its PUK, which only a person may enter, e.g. in a telephone");
+    TraceGraveFault("the card waits for its PUK, which only a person may enter, e.g. in a telephone");
   }
   if (facts.pin == DevDataDef::PIN_READY) {
     const std::string imsi = BareText(questions.AskPatiently("+CIMI", nullptr));

@@ -39,9 +39,7 @@ CRecordedStream::~CRecordedStream() {
 void CRecordedStream::Keep(const std::string& line) {
   if (m_bKept && (std::fprintf(m_pFile.get(), "%s\n", line.c_str()) < 0 || std::fflush(m_pFile.get()) != 0)) {
     m_bKept = false;  // a full disk costs the record, never the modem
-    // whoever asked for it has to hear it
-    TraceSrv_Trace(Tracelevel::TL_CRIT, "MODEM",
-                   (std::string("the record of the dialogue ends early: ") + std::strerror(errno)).c_str());
+    TraceGraveFault(std::string("the record of the dialogue ends early: ") + std::strerror(errno));
   }
 }
 
@@ -76,7 +74,7 @@ std::unique_ptr<IByteStream> CRecording::Begin(std::unique_ptr<IByteStream> line
     return nullptr;
   }
   if (!std::exchange(m_bTold, true)) {
-    TraceFault("the record of the dialogue ends early: " + cause);
+    TraceGraveFault("the record of the dialogue ends early: " + cause);
   }
   return line;
 }

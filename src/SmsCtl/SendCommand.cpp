@@ -5,6 +5,7 @@
 #include "Measure.h"
 #include "SendWatcher.h"
 #include "Text.h"
+#include "platform/PlatformPaths.h"
 
 #include <cstdio>
 
@@ -64,7 +65,7 @@ int Summarise(const std::vector<Recipient>& recipients, long parts, bool cancell
   return failed == 0
              ? kDone
              : Fail(std::to_string(failed) + " of " + Counted(static_cast<long>(recipients.size()), "recipient") +
-                    " not reached; the message is in the send box");
+                    " not reached; the message is in the send box, the cause in " + GetPlatformPaths().strLogFile);
 }
 
 }  // namespace

@@ -182,6 +182,16 @@ TEST_F(SmsCtl, RefusesANumberThatNoNetworkTakes) {
   EXPECT_THAT(result.err, HasSubstr("more than 20 digits"));
 }
 
+TEST_F(SmsCtl, SaysWhatALockedCardNeeds) {
+  const std::string port = StartSimulator({"--pin", "1234"});
+  EXPECT_THAT(Run({"status", "--device", port}).err, HasSubstr("the card waits for its PIN: write it"));
+  m_home.WriteFile("config/smsapp/settings.ini", "[ModemPlugin]\nPin=9999\n");
+  EXPECT_THAT(Run({"status", "--device", port}).err, HasSubstr("did not accept the PIN of the settings: "));
+  EXPECT_THAT(Run({"status", "--device", port}).err, HasSubstr("the card waits for its PIN: "));
+  m_home.WriteFile("config/smsapp/settings.ini", "[ModemPlugin]\nPin=1234\n");
+  EXPECT_EQ("", Run({"status", "--device", port}).err);
+}
+
 TEST_F(SmsCtl, SaysThatTheRecordOfTheDialogueEndsEarly) {
   const ProgramResult result = Run({"status", "--device", StartSimulator(), "--record", "/dev/full"});
   EXPECT_EQ(0, result.status);
@@ -209,6 +219,7 @@ TEST_F(SmsCtl, SaysWhichRecipientWasNotReachedAndTriesTheOthers) {
   EXPECT_THAT(result.out, HasSubstr("+491700000009: not sent\n"));
   EXPECT_THAT(result.out, HasSubstr("+491700000003: sent\n"));
   EXPECT_THAT(result.err, HasSubstr("1 of 2 recipients not reached"));
+  EXPECT_THAT(result.err, HasSubstr(m_home.Path("state/smsapp/sms.log")));
 }
 
 TEST_F(SmsCtl, RefusesRecipientsThatAreNoNumbers) {
