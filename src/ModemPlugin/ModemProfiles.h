@@ -17,10 +17,11 @@ struct PinTriesQuestion {
 
 /// One row of the table.
 struct ModemProfile {
-  const char* maker;                  // beginning of AT+CGMI's answer, case does not matter
-  const char* model;                  // beginning of AT+CGMM's answer; "": every model
-  const char* iccid;                  // asks for the card's number where AT+CRSM is refused; null: nothing does
+  const char* maker;  // beginning of AT+CGMI's answer, case does not matter
+  const char* model;  // beginning of AT+CGMM's answer; "": every model
+  const char* iccid;  // asks for the card's number where AT+CRSM is refused; null: nothing does
   PinTriesQuestion pinTries;
+  const char* fullNotices;            // asks for notices of a full memory; null: they come unasked, or there are none
   std::vector<const char*> commands;  // at the start, before the card is asked; refusals do not matter
   std::vector<std::array<int, 5>> indications;  // of AT+CNMI, tried before the ordinary ones
   const char* why;

@@ -37,7 +37,7 @@ void CModem::OnUnsolicited(const std::string& line, const std::string& data) {
     m_hWork.SetEvent();
   } else if (TellsMessagesReady(line) && IsAvailable() && Facts().memories.empty()) {
     Queue([this] { AskAgain(); });  // what was refused at the start is there now
-  } else if (TellsFull(line)) {
+  } else if (TellsFull(line) || StartsWith(line, "^SMGO:")) {
     OnFull(line);
   }
 }
@@ -102,6 +102,10 @@ void CModem::RaiseMessage(const std::string& hex, const CEventRaiser::RaisedCall
 
 void CModem::OnFull(const std::string& line) {
   const std::vector<std::string> parameters = ParametersOf(line);
+  if (StartsWith(line, "^SMGO:")) {  // that of new messages: 1 full, 2 and a message waits in the network, 0 no longer
+    NoteFull(MemoryOf(Facts().received), parameters != std::vector<std::string>{"0"});
+    return;
+  }
   NoteFull(parameters.empty() ? SMS_MEM_UNKNOW : MemoryOf(parameters.back()), true);
 }
 

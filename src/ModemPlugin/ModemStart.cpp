@@ -142,6 +142,9 @@ bool PrepareMessages(CQuestions& questions, const ModemProfile* profile, bool bB
   AskReceivedMemory(questions, facts);
   facts.serviceCentre = Parameter(questions.AskPatiently("+CSCA?", "+CSCA:"), 0);
   ChooseIndications(questions, profile, bBroadcasts, facts);
+  if (profile != nullptr && profile->fullNotices != nullptr) {
+    questions.Ask(profile->fullNotices, nullptr);
+  }
   return true;
 }
 
