@@ -6,6 +6,11 @@
 #include <string>
 #include <vector>
 
+/// What the modem at a place on the bus can be named: "usb:1-2.3", "pci:0000:08:00.0".
+inline std::string NameOfPlace(const std::string& place) {
+  return (place.find(':') == std::string::npos ? "usb:" : "pci:") + place;
+}
+
 /// One port of a modem, as it was found.
 struct FoundPort {
   enum class State {
@@ -21,7 +26,7 @@ struct FoundPort {
 
 /// One device with ports that could be a modem's. Texts are the device's own words: not to be trusted.
 struct FoundModem {
-  std::string place;  // on the bus: "1-2.3"; the modem can be named "usb:1-2.3"
+  std::string place;  // on the bus: "1-2.3", "0000:08:00.0"; see NameOfPlace()
   std::string maker;
   std::string model;
   std::string imei;   // digits, or empty: then it can be named "imei:..."

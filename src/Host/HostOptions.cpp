@@ -24,9 +24,10 @@ VELK_wstring ToUtf16(const std::string& text) {
 }  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  app.add_option("--device", options.device,
-                 "the modem: a port (/dev/ttyUSB2), tcp:HOST:PORT, auto, or what it is: imei:DIGITS, usb:BUS-PORT, "
-                 "iccid:DIGITS")
+  app.add_option(
+         "--device", options.device,
+         "the modem: a port (/dev/ttyUSB2), tcp:HOST:PORT, auto, or what it is: imei:DIGITS, usb:BUS-PORT, pci:PLACE, "
+         "iccid:DIGITS")
       ->envname("SMS_DEVICE")
       ->type_name("MODEM");
   app.add_option("--config", options.settingsFile, "settings file")->envname("SMS_CONFIG")->type_name("FILE");

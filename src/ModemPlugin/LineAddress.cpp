@@ -1,5 +1,7 @@
 #include "LineAddress.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 
 namespace modem {
@@ -61,12 +63,25 @@ bool TakePlace(const std::string& value, LineAddress& address) {
          value.find_first_not_of("0123456789.", dash + 1) == std::string::npos;
 }
 
+/// DOMAIN:BUS:DEVICE.FUNCTION, as the kernel names PCI devices
+bool TakePciPlace(const std::string& value, LineAddress& address) {
+  static const char kShape[] = "xxxx:xx:xx.x";
+  address.value = value;
+  return value.size() == sizeof kShape - 1 &&
+         std::equal(value.begin(), value.end(), kShape, [](char character, char shape) {
+           const bool digit = std::isxdigit(static_cast<unsigned char>(character)) != 0 && std::isupper(character) == 0;
+           return shape == 'x' ? digit : character == shape;
+         });
+}
+
 const Form kForms[] = {
     {"tcp:", LineAddress::Kind::kTcp, "tcp:HOST:PORT, e.g. --device tcp:localhost:7000", TakePeer},
     {"imei:", LineAddress::Kind::kImei, "imei: and 14 to 16 digits (\"smsctl modems\" shows them)", TakeImei},
     {"iccid:", LineAddress::Kind::kIccid, "iccid: and 18 to 20 digits (\"smsctl modems\" shows them)", TakeIccid},
     {"usb:", LineAddress::Kind::kPlace, "usb:BUS-PORT, e.g. --device usb:1-2.3 (\"smsctl modems\" shows it)",
-     TakePlace}};
+     TakePlace},
+    {"pci:", LineAddress::Kind::kPlace, "pci: and the place as \"smsctl modems\" shows it, e.g. pci:0000:08:00.0",
+     TakePciPlace}};
 
 }  // namespace
 

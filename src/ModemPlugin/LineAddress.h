@@ -13,7 +13,7 @@ struct LineAddress {
     kAuto,   // auto: the only modem there is
     kImei,   // imei:DIGITS
     kIccid,  // iccid:DIGITS, of the SIM
-    kPlace   // usb:1-2.3, the modem's place on the bus
+    kPlace   // usb:1-2.3, pci:0000:08:00.0: the modem's place on the bus
   };
   Kind kind = Kind::kPath;
   std::string text;  // as it was written

@@ -61,6 +61,14 @@ bool IsMemoryDevice(const std::string& path) {
   return stat(path.c_str(), &facts) == 0 && S_ISCHR(facts.st_mode) && major(facts.st_rdev) == MEM_MAJOR;
 }
 
+/// "/dev/wwan0at0": no terminal, its octets go through as they are. Newer kernels pretend that it is one.
+bool IsWwanPort(const std::string& path) {
+  const std::string device = ResolvedPath(path);
+  const std::string name = device.substr(device.find_last_of('/') + 1);
+  const std::size_t number = name.find_first_not_of("0123456789", sizeof "wwan" - 1);
+  return name.rfind("wwan", 0) == 0 && number != std::string::npos && name.compare(number, 2, "at") == 0;
+}
+
 /// TIOCEXCL does not keep a privileged process out, and not every program sets it: who has the port is looked up.
 /// Opening would raise its lines already.
 bool IsFree(const std::string& path, std::string& error) {
@@ -109,7 +117,8 @@ std::unique_ptr<CSerialPort> CSerialPort::Open(const std::string& path, std::str
     return nullptr;
   }
   termios before;
-  if (tcgetattr(port.Get(), &before) != 0) {
+  const bool terminal = tcgetattr(port.Get(), &before) == 0;
+  if (!terminal && !IsWwanPort(path)) {
     error = OpenError(path, errno);
     return nullptr;
   }
@@ -118,23 +127,27 @@ std::unique_ptr<CSerialPort> CSerialPort::Open(const std::string& path, std::str
     return nullptr;
   }
   CDescriptor wake = MakeWake();
-  if (!wake.IsValid() || !MakeRaw(port.Get(), settings.baud, before)) {
+  if (!wake.IsValid() || (terminal && !MakeRaw(port.Get(), settings.baud, before))) {
     error = OpenError(path, errno);
     return nullptr;
   }
   ioctl(port.Get(), TIOCEXCL);
   tcflush(port.Get(), TCIOFLUSH);
-  return std::unique_ptr<CSerialPort>(new CSerialPort(std::move(port), std::move(wake), std::move(lock), before));
+  const auto kept = terminal ? std::optional<termios>(before) : std::nullopt;
+  return std::unique_ptr<CSerialPort>(new CSerialPort(std::move(port), std::move(wake), std::move(lock), kept));
 }
 
-CSerialPort::CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock, const termios& before)
+CSerialPort::CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock,
+                         const std::optional<termios>& before)
     : CDescriptorStream(std::move(line), std::move(wake)), m_lock(std::move(lock)), m_before(before) {}
 
 CSerialPort::~CSerialPort() {
   int state = 0;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
   tcflush(Line(), TCIOFLUSH);  // else closing waits for octets that flow control holds back
-  tcsetattr(Line(), TCSANOW, &m_before);
+  if (m_before) {
+    tcsetattr(Line(), TCSANOW, &*m_before);
+  }
   ioctl(Line(), TIOCNXCL);
   pthread_setcancelstate(state, nullptr);
 }

@@ -1,4 +1,4 @@
-// A serial device or a pseudo-terminal as the line to the modem.
+// A serial device, a pseudo-terminal or a WWAN port as the line to the modem.
 #pragma once
 
 #include "DescriptorStream.h"
@@ -6,6 +6,7 @@
 
 #include <termios.h>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace modem {
@@ -30,11 +31,12 @@ public:
   CSerialPort& operator=(const CSerialPort&) = delete;
 
 private:
-  CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock, const termios& before);
+  CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock,
+              const std::optional<termios>& before);
   ssize_t WriteSome(const char* bytes, std::size_t count) override;
 
   const std::unique_ptr<CPortLock> m_lock;
-  const termios m_before;
+  const std::optional<termios> m_before;  // of a terminal
 };
 
 }  // namespace modem

@@ -35,7 +35,8 @@ void PrintPort(const FoundPort& port) {
 
 void PrintModem(const FoundModem& modem) {
   const std::string name = modem.maker + " " + modem.model;
-  std::printf("usb:%s  %s\n", modem.place.c_str(), OneLine(name == " " ? "unknown device" : name, kTextWidth).c_str());
+  std::printf("%s  %s\n", NameOfPlace(modem.place).c_str(),
+              OneLine(name == " " ? "unknown device" : name, kTextWidth).c_str());
   if (!modem.imei.empty()) {
     std::printf("  imei:%s\n", modem.imei.c_str());
   }

@@ -73,6 +73,16 @@ TEST_F(ModemFinder, NamesTheModemsWhenSeveralAnswer) {
       m_strError);
 }
 
+TEST_F(ModemFinder, NamesAModemOnThePciBusByItsPlaceThere) {
+  m_bus.Plug("/dev/ttyUSB0", "1-2", "00", kFirst);
+  m_bus.Plug("/dev/wwan0at0", "0000:08:00.0", "at0", "");
+  m_bus.Plug("/dev/wwan0at1", "0000:08:00.0", "at1", kSecond);
+  EXPECT_EQ("/dev/wwan0at1", Find(Place("0000:08:00.0")));
+  EXPECT_EQ("", Find(Place("0000:09:00.0")));
+  EXPECT_THAT(m_strError, HasSubstr("a modem at pci:0000:09:00.0 was not found"));
+  EXPECT_EQ("pci:0000:08:00.0", NameOfPlace(m_finder.FindModems()[1].place));
+}
+
 TEST_F(ModemFinder, SaysThatThereIsNone) {
   EXPECT_EQ("", Find(ModemWish()));
   EXPECT_THAT(m_strError, AllOf(HasSubstr("no modem answers"), HasSubstr("smsctl modems")));
@@ -206,7 +216,8 @@ TEST(LineAddress, NamesAModemByWhatItIs) {
                                                              {"imei:35000000000001", LineAddress::Kind::kImei},
                                                              {"iccid:89490200001234567890", LineAddress::Kind::kIccid},
                                                              {"usb:1-2", LineAddress::Kind::kPlace},
-                                                             {"usb:12-3.4.10", LineAddress::Kind::kPlace}};
+                                                             {"usb:12-3.4.10", LineAddress::Kind::kPlace},
+                                                             {"pci:0000:0a:00.0", LineAddress::Kind::kPlace}};
   for (const auto& [text, kind] : kRows) {
     LineAddress address;
     std::string error;
@@ -223,9 +234,31 @@ TEST(LineAddress, NamesAModemByWhatItIs) {
 }
 
 TEST(LineAddress, IsRefusedWhenItNamesNoModem) {
-  for (const char* text :
-       {"imei:", "imei:1234", "imei:35000000000001x", "imei:35000000000001789", "iccid:", "iccid:8949", "usb:", "usb:1",
-        "usb:1-", "usb:-1", "usb:1-2.", "usb:1-.2", "usb:1-2..3", "usb:../1-2", "usb:1-2:1.0", "usb:usb1"}) {
+  const char* const kNone[] = {"imei:",
+                               "imei:1234",
+                               "imei:35000000000001x",
+                               "imei:35000000000001789",
+                               "iccid:",
+                               "iccid:8949",
+                               "usb:",
+                               "usb:1",
+                               "usb:1-",
+                               "usb:-1",
+                               "usb:1-2.",
+                               "usb:1-.2",
+                               "usb:1-2..3",
+                               "usb:../1-2",
+                               "usb:1-2:1.0",
+                               "usb:usb1",
+                               "pci:",
+                               "pci:08:00.0",
+                               "pci:0000:08:00.x",
+                               "pci:0000:0A:00.0",
+                               "pci:1-2",
+                               "pci:0000-08:00.0",
+                               "pci:0000:08:00.0.1",
+                               "usb:0000:08:00.0"};
+  for (const char* text : kNone) {
     LineAddress address;
     std::string error;
     EXPECT_FALSE(ParseAddress(text, address, error)) << text;

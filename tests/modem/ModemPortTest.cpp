@@ -83,6 +83,17 @@ TEST_F(ModemPort, IsFoundAgainByTheImeiThoughItWasNamedByItsPath) {
   EXPECT_THAT(Opened(), ElementsAre("/dev/ttyUSB2", "/dev/ttyUSB5"));
 }
 
+TEST_F(ModemPort, IsFoundAgainOnThePciBus) {
+  m_bus.Plug("/dev/wwan0at0", "0000:08:00.0", "at0", kImei);
+  ASSERT_TRUE(Start("pci:0000:08:00.0")) << m_strError;
+  m_bus.Unplug("/dev/wwan0at0");
+  EXPECT_EQ("unavailable", m_sink.Next());
+  m_bus.Plug("/dev/wwan1at1", "0000:08:00.0", "at1", kImei);  // another of its ports
+  m_bus.Plug("/dev/wwan1at0", "0000:08:00.0", "at0", kImei);
+  ExpectBack();
+  EXPECT_THAT(Opened(), ElementsAre("/dev/wwan0at0", "/dev/wwan1at0"));
+}
+
 TEST_F(ModemPort, IsFoundAgainHoweverItWasNamed) {
   for (const char* device : {"auto", "imei:350000000000017", "usb:1-2"}) {
     m_bus.Plug("/dev/ttyUSB2", "1-2", "02", kImei);

@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <algorithm>
 #include <atomic>
@@ -64,6 +65,22 @@ TEST(SerialPort, NamesThePathTheCauseAndWhatToDo) {
   EXPECT_THAT(ErrorOf(home.Path("plain")), HasSubstr("--device"));
   EXPECT_THAT(ErrorOf("/dev/null"), HasSubstr("/dev/null is no modem's port"));
   EXPECT_THAT(ErrorOf(home.Path()), HasSubstr(home.Path()));
+}
+
+TEST(SerialPort, CarriesOctetsWhereThereIsNoTerminal) {
+  const CTempHome home;
+  const std::string path = home.Path("wwan0at0");
+  ASSERT_EQ(0, mkfifo(path.c_str(), 0600));  // gives back what it gets
+  std::string error;
+  const auto port = CSerialPort::Open(path, error);
+  ASSERT_TRUE(port) << error;
+  EXPECT_THAT(ErrorOf(path), HasSubstr("in use"));
+  ASSERT_TRUE(port->Write("AT\r"));
+  std::string back;
+  ASSERT_TRUE(port->Read(back));
+  EXPECT_EQ("AT\r", back);
+  ASSERT_EQ(0, mkfifo(home.Path("wwan0mbim0").c_str(), 0600));
+  EXPECT_THAT(ErrorOf(home.Path("wwan0mbim0")), HasSubstr("no modem's port"));
 }
 
 TEST(SerialPort, IsForOneProgramAtATime) {

@@ -17,7 +17,8 @@ TEST(ModemProfiles, SayWhichModemAndWhy) {
     EXPECT_STRNE("", profile.maker);
     EXPECT_STRNE("", profile.why) << name;
     EXPECT_TRUE(names.insert(name).second) << name << " stands twice";
-    EXPECT_TRUE(profile.iccid != nullptr || !profile.commands.empty() || !profile.indications.empty())
+    EXPECT_TRUE(profile.iccid != nullptr || profile.fullNotices != nullptr || !profile.commands.empty() ||
+                !profile.indications.empty())
         << name << " does nothing";
     for (const char* command : profile.commands) {
       EXPECT_TRUE(CAtCommand(command).IsValid()) << command;

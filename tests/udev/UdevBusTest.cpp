@@ -47,6 +47,39 @@ E: MINOR=64
 A: dev=4:64
 )";
 
+const char kPciDevice[] = R"(P: /devices/pci0000:00/0000:00:1c.0/0000:08:00.0
+E: SUBSYSTEM=pci
+E: ID_VENDOR_FROM_DATABASE=Maker
+E: ID_MODEL_FROM_DATABASE=Mobile Card
+L: driver=../../../../bus/pci/drivers/mhi-pci-generic
+A: vendor=0x17cb
+A: device=0x0306
+)";
+
+const char kWwanDevice[] = R"(P: /devices/pci0000:00/0000:00:1c.0/0000:08:00.0/wwan/wwan0
+E: DEVTYPE=wwan_dev
+E: SUBSYSTEM=wwan
+)";
+
+const char kWwanAt[] = R"(P: /devices/pci0000:00/0000:00:1c.0/0000:08:00.0/wwan/wwan0/wwan0at0
+N: wwan0at0
+E: DEVNAME=/dev/wwan0at0
+E: DEVTYPE=wwan_port
+E: SUBSYSTEM=wwan
+A: dev=510:0
+A: type=AT
+)";
+
+const char kWwanMbim[] = R"(P: /devices/pci0000:00/0000:00:1c.0/0000:08:00.0/wwan/wwan0/wwan0mbim0
+N: wwan0mbim0
+E: DEVNAME=/dev/wwan0mbim0
+E: DEVTYPE=wwan_port
+E: SUBSYSTEM=wwan
+A: dev=510:1
+A: type=MBIM
+)";
+
+const char kWwanAtPath[] = "/sys/devices/pci0000:00/0000:00:1c.0/0000:08:00.0/wwan/wwan0/wwan0at0";
 const char kPortPath[] = "/sys/devices/usb1/1-2.3/1-2.3:1.2/ttyUSB2/tty/ttyUSB2";
 
 class UdevBus : public testing::Test {
@@ -103,6 +136,26 @@ TEST_F(UdevBus, DescribesThePortsOfUsbDevices) {
   EXPECT_EQ("Maker", ports[0].maker);
   EXPECT_EQ("Mobile Stick", ports[0].model);
   EXPECT_EQ("option", ports[0].driver);
+}
+
+TEST_F(UdevBus, DescribesTheCommandPortsOfPciDevices) {
+  for (const char* device : {kPciDevice, kWwanDevice, kWwanAt, kWwanMbim}) {
+    Add(device);
+  }
+  const auto ports = m_bus.Ports();
+  ASSERT_EQ(1u, ports.size());
+  EXPECT_EQ("/dev/wwan0at0", ports[0].path);
+  EXPECT_EQ("0000:08:00.0", ports[0].place);
+  EXPECT_EQ("at0", ports[0].interfaceNumber);
+  EXPECT_EQ("17cb", ports[0].vendorId);
+  EXPECT_EQ("0306", ports[0].productId);
+  EXPECT_EQ("Maker", ports[0].maker);
+  EXPECT_EQ("Mobile Card", ports[0].model);
+  EXPECT_EQ("mhi-pci-generic", ports[0].driver);
+  const auto watch = Watch();
+  ASSERT_TRUE(watch);
+  umockdev_testbed_uevent(m_testbed.get(), kWwanAtPath, "remove");
+  EXPECT_EQ("gone /dev/wwan0at0", NextChange());
 }
 
 TEST_F(UdevBus, IsEmptyWithoutDevices) { EXPECT_TRUE(m_bus.Ports().empty()); }

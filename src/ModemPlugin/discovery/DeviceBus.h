@@ -1,4 +1,5 @@
-// What the computer's bus has: serial ports of USB devices, and their coming and going.
+// What the computer's bus has: ports of modems, serial ones of USB devices and those of WWAN devices, and their coming
+// and going.
 #pragma once
 
 #include <functional>
@@ -8,11 +9,11 @@
 
 namespace modem {
 
-/// A serial port of a USB device. Maker, model and names are the device's own words.
+/// A port of a USB or PCI device. Maker, model and names are the device's own words, or the system's about it.
 struct BusPort {
-  std::string path;             // "/dev/ttyUSB2"
-  std::string place;            // of the device: "1-2.3"
-  std::string interfaceNumber;  // "02"
+  std::string path;             // "/dev/ttyUSB2", "/dev/wwan0at0"
+  std::string place;            // of the device: "1-2.3", "0000:08:00.0"
+  std::string interfaceNumber;  // "02"; "at0" of a WWAN device
   std::string interfaceName;    // "Modem", often empty
   std::string vendorId;         // "12d1"
   std::string productId;
@@ -40,7 +41,7 @@ public:
   virtual ~IDeviceBus() {}
   /// In the order of places and interfaces.
   virtual std::vector<BusPort> Ports() = 0;
-  /// Tells of serial ports that come and go, on a thread of its own.
+  /// Tells of ports that come and go, on a thread of its own.
   /// @return null: the system does not tell.
   virtual std::unique_ptr<IBusWatch> Watch(const ChangeHandler& onChange) = 0;
 };

@@ -38,14 +38,14 @@ bool CanBeAgain(const BusPort& port, const ModemWish& wish, const BusPort& befor
 
 std::string NameOf(const AskedPort& asked) {
   const std::string model = asked.answer.model.empty() ? asked.port.model : asked.answer.model;
-  const std::string name = asked.answer.imei.empty() ? "usb:" + asked.port.place : "imei:" + asked.answer.imei;
+  const std::string name = asked.answer.imei.empty() ? NameOfPlace(asked.port.place) : "imei:" + asked.answer.imei;
   return name + " (" + (model.empty() ? std::string() : model + ", ") + asked.port.path + ")";
 }
 
 std::string Missing(const ModemWish& wish) {
   return !wish.imei.empty()    ? "the modem imei:" + wish.imei + " was not found"
          : !wish.iccid.empty() ? "a modem with the SIM iccid:" + wish.iccid + " was not found"
-         : !wish.place.empty() ? "a modem at usb:" + wish.place + " was not found"
+         : !wish.place.empty() ? "a modem at " + NameOfPlace(wish.place) + " was not found"
                                : "no modem answers";
 }
 

@@ -32,13 +32,46 @@ std::string Attribute(udev_device* device, const char* name) {
   return device == nullptr ? std::string() : Text(udev_device_get_sysattr_value(device, name));
 }
 
+/// "0x17cb", as PCI devices write it.
+std::string WithoutBase(const std::string& number) { return number.rfind("0x", 0) == 0 ? number.substr(2) : number; }
+
+bool IsWwan(udev_device* port) { return Text(udev_device_get_subsystem(port)) == "wwan"; }
+
+/// A WWAN device has ports for other languages than AT commands too. Which one it is stands in the name in older
+/// kernels.
+bool SpeaksAt(udev_device* port) {
+  const std::string type = Attribute(port, "type");
+  return type.empty() ? Text(udev_device_get_sysname(port)).find("at") != std::string::npos : type == "AT";
+}
+
+/// What tells the ports of one WWAN device apart: "at0" of "wwan0at0".
+std::string WwanPortName(udev_device* port) {
+  const std::string name = Text(udev_device_get_sysname(port));
+  return name.substr(std::min(name.find("at"), name.size()));
+}
+
+/// @return false: no port of a PCI device.
+bool DescribePci(udev_device* port, BusPort& found) {
+  udev_device* const device =
+      udev_device_get_parent_with_subsystem_devtype(port, "pci", nullptr);  // belongs to the port
+  if (device == nullptr) {
+    return false;
+  }
+  found.place = Text(udev_device_get_sysname(device));
+  found.vendorId = WithoutBase(Attribute(device, "vendor"));
+  found.productId = WithoutBase(Attribute(device, "device"));
+  found.maker = Text(udev_device_get_property_value(device, "ID_VENDOR_FROM_DATABASE"));
+  found.model = Text(udev_device_get_property_value(device, "ID_MODEL_FROM_DATABASE"));
+  found.driver = Text(udev_device_get_driver(device));
+  return true;
+}
+
 /// @return false: no port of a USB device.
-bool Describe(udev_device* port, BusPort& found) {
+bool DescribeUsb(udev_device* port, BusPort& found) {
   // both belong to the port
   udev_device* const device = udev_device_get_parent_with_subsystem_devtype(port, "usb", "usb_device");
   udev_device* const interface = udev_device_get_parent_with_subsystem_devtype(port, "usb", "usb_interface");
-  found.path = Text(udev_device_get_devnode(port));
-  if (device == nullptr || found.path.empty()) {
+  if (device == nullptr) {
     return false;
   }
   found.place = Text(udev_device_get_sysname(device));
@@ -50,6 +83,18 @@ bool Describe(udev_device* port, BusPort& found) {
   found.interfaceName = Attribute(interface, "interface");
   found.driver = interface == nullptr ? std::string() : Text(udev_device_get_driver(interface));
   return true;
+}
+
+/// @return false: no port that a modem could answer at.
+bool Describe(udev_device* port, BusPort& found) {
+  found.path = Text(udev_device_get_devnode(port));
+  const bool wwan = IsWwan(port);
+  if (found.path.empty() || (wwan && !SpeaksAt(port))) {
+    return false;
+  }
+  const bool described = DescribeUsb(port, found) || (wwan && DescribePci(port, found));
+  found.interfaceNumber = wwan ? WwanPortName(port) : found.interfaceNumber;
+  return described;
 }
 
 bool IsBefore(const BusPort& left, const BusPort& right) {
@@ -104,7 +149,8 @@ std::vector<BusPort> CUdevBus::Ports() {
   std::vector<BusPort> ports;
   const Ref<udev> system(udev_new());
   const Ref<udev_enumerate> all(system ? udev_enumerate_new(system.get()) : nullptr);
-  if (!all || udev_enumerate_add_match_subsystem(all.get(), "tty") < 0 || udev_enumerate_scan_devices(all.get()) < 0) {
+  if (!all || udev_enumerate_add_match_subsystem(all.get(), "tty") < 0 ||
+      udev_enumerate_add_match_subsystem(all.get(), "wwan") < 0 || udev_enumerate_scan_devices(all.get()) < 0) {
     return ports;
   }
   for (udev_list_entry* entry = udev_enumerate_get_list_entry(all.get()); entry != nullptr;
@@ -126,6 +172,7 @@ std::unique_ptr<IBusWatch> CUdevBus::Watch(const ChangeHandler& onChange) {
   Ref<udev> system(udev_new());
   Ref<udev_monitor> monitor(system ? udev_monitor_new_from_netlink(system.get(), "udev") : nullptr);
   if (!monitor || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "tty", nullptr) < 0 ||
+      udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "wwan", nullptr) < 0 ||
       udev_monitor_enable_receiving(monitor.get()) < 0) {
     return nullptr;
   }
