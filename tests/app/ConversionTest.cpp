@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ostream>
 #include <utility>
 #include <vector>
 
@@ -75,6 +76,8 @@ struct StateRow {
   int iIsRead;
   int iSendResult;
 };
+
+void PrintTo(const StateRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 const StateRow kStates[] = {
     {"UnreadOnSim", SMS_STAT_UNREAD, SMS_MEM_SM, NS_SMS::RECEIVE_BOX, NS_SMS::RECEIVE_BOX_SIM, NS_SMS::IS_NOT_READ,

@@ -2,6 +2,7 @@
 #include "RecordSetSupport.h"
 
 #include <limits>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -83,6 +84,8 @@ struct TimeRow {
   const char* pszTime;
   bool bTaken;
 };
+
+void PrintTo(const TimeRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 const TimeRow kTimes[] = {
     {"FourteenDigits", "20090102030405", true},

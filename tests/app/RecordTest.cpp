@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <new>
+#include <ostream>
 #include <vector>
 
 namespace {
@@ -180,6 +181,8 @@ struct NumberRow {
   int (ISMSRecord::*pfnGet)() const;
   void (ISMSRecord::*pfnSet)(int);
 };
+
+void PrintTo(const NumberRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 const NumberRow kNumbers[] = {
     {"IsRead", &ISMSRecord::GetIsRead, &ISMSRecord::SetIsRead},

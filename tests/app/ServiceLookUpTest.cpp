@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 
 namespace {
 
@@ -39,6 +40,8 @@ struct LookUpRow {
   const char* pszCLSID;
   int iInterface;
 };
+
+void PrintTo(const LookUpRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 const LookUpRow kRows[] = {
     {"Notify", [] { return GetNotifyService(); }, "C986A689-A5F6-4215-84BD-39BA626F1F57", 0x6FFF0001},

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 
 namespace {
 
@@ -43,6 +44,8 @@ struct CountRow {
   std::string text;
   const char* says;
 };
+
+void PrintTo(const CountRow& row, std::ostream* out) { *out << row.name; }
 
 class SmsCtlCount : public SmsCtl, public ::testing::WithParamInterface<CountRow> {};
 

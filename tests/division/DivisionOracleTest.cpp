@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ostream>
 #include <random>
 #include <string>
 #include <thread>
@@ -38,6 +39,8 @@ struct MixRow {
   NationalRow national;
   bool bNational;
 };
+
+void PrintTo(const MixRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 class EveryLength : public testing::TestWithParam<MixRow> {};
 

@@ -34,6 +34,7 @@ std::vector<NationalRow> AllNationalChoices() {
           {"PortugueseLockPortugueseSingle", SMS_NLI_Port_Lock, SMS_NLI_Port_Single}};
 }
 
+void PrintTo(const NationalRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 std::string NationalName(const testing::TestParamInfo<NationalRow>& info) { return info.param.pszName; }
 
 VELK_wstring Of(VELK_wchar_t ch, std::size_t nLength) { return VELK_wstring(nLength, ch); }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct NationalRow {
   SMS_NLI_LOCK enLock;
   SMS_NLI_SIGNLE enSingle;
 };
+void PrintTo(const NationalRow& row, std::ostream* pOut);
 /// Every pair of tables.
 std::vector<NationalRow> AllNationalChoices();
 std::string NationalName(const testing::TestParamInfo<NationalRow>& info);

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ostream>
 
 namespace {
 
@@ -119,6 +120,8 @@ struct TextRow {
   const char* pszName;
   VELK_wstring strUnit;
 };
+
+void PrintTo(const TextRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 class PackedParts : public testing::TestWithParam<TextRow> {};
 

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -212,6 +213,8 @@ struct PrefixRow {
   std::size_t nCount;
   bool bEqual;
 };
+
+void PrintTo(const PrefixRow& row, std::ostream* pOut) { *pOut << row.pszName; }
 
 class WidePrefixCompare : public testing::TestWithParam<PrefixRow> {};
 

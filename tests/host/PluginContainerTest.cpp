@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <cstdlib>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 
 namespace {
@@ -130,6 +131,8 @@ struct Fault {
   const char* error;
   bool released;  // an object was made, so it must be released
 };
+
+void PrintTo(const Fault& row, std::ostream* out) { *out << row.plugin; }
 
 class PluginContainerFault : public PluginContainer, public ::testing::WithParamInterface<Fault> {};
 

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <thread>
 
 namespace {
@@ -234,6 +235,8 @@ struct HangUpAt {
   const char* name;
   const char* command;
 };
+
+void PrintTo(const HangUpAt& row, std::ostream* out) { *out << row.name; }
 
 class DriverHangUp : public Driver, public ::testing::WithParamInterface<HangUpAt> {};
 
@@ -509,6 +512,20 @@ TEST_F(Driver, DeletesNothingForAMemoryOrIndexThatNamesNothing) {
   EXPECT_FALSE(m_service.SMSDeleteMsg(SMS_MEM_UNKNOW, 1, nullptr));
   EXPECT_FALSE(m_service.SMSDeleteMsg(SMS_MEM_SM, 0xFFFFFFFF, nullptr));
   EXPECT_EQ(0, m_script.Count("AT+CMGD"));
+}
+
+TEST_F(Driver, AsksForNoticesOfAFullMemoryWhereTheyComeOnlyThen) {
+  const std::pair<const char*, const char*> kMakers[] = {{"Quectel", "AT+QINDCFG=\"smsfull\",1"},
+                                                         {"Telit", "AT#SMOV=1"},
+                                                         {"Cinterion", "AT^SMGO=1"},
+                                                         {"SIEMENS", "AT^SMGO=1"}};
+  for (const auto& [maker, command] : kMakers) {
+    m_script.Answer("AT+CGMI", "\r\n" + std::string(maker) + "\r\n\r\nOK\r\n");
+    const int before = m_script.Count(command);
+    ASSERT_TRUE(Start());
+    EXPECT_EQ(before + 1, m_script.Count(command)) << maker;
+    m_modem.Stop();
+  }
 }
 
 TEST_F(Driver, TellsCapacityAndUseOfAMemory) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <ostream>
 #include <random>
 #include <set>
 #include <string>
@@ -171,6 +172,8 @@ struct Row {
   std::string bytes;
   VELK_wstring units;
 };
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 
 class DamagedUtf8 : public testing::TestWithParam<Row> {};
 

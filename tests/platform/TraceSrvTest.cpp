@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -82,6 +83,8 @@ struct EscapeRow {
   const char* text;
   const char* shown;
 };
+
+void PrintTo(const EscapeRow& row, std::ostream* out) { *out << row.name; }
 
 class TraceEscapes : public Trace, public testing::WithParamInterface<EscapeRow> {};
 

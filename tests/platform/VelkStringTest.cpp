@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <climits>
 #include <cstdio>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -59,6 +60,8 @@ struct NumberRow {
   const VELK_wchar_t* text;
   int value;
 };
+
+void PrintTo(const NumberRow& row, std::ostream* out) { *out << row.name; }
 
 class Numbers : public testing::TestWithParam<NumberRow> {};
 

@@ -2,6 +2,8 @@
 
 #include "PassTest.h"
 
+#include <ostream>
+
 namespace {
 
 typedef std::vector<std::string> Lines;
@@ -131,6 +133,8 @@ struct StateRow {
   const char* simLog;
   const char* networkLog;  // null: none
 };
+
+void PrintTo(const StateRow& row, std::ostream* out) { *out << row.name; }
 
 class RegistrationState : public Clients, public ::testing::WithParamInterface<StateRow> {};
 

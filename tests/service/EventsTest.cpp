@@ -2,6 +2,8 @@
 
 #include "PassTest.h"
 
+#include <ostream>
+
 namespace {
 
 const char kEnter[] = "InfoAT: Enter CSMSServiceImpl::OnDeviceMgrEvent() ";
@@ -170,6 +172,8 @@ struct SimRow {
   DWORD state;
   Lines told;
 };
+
+void PrintTo(const SimRow& row, std::ostream* out) { *out << "state " << row.state; }
 
 class SimStateEvent : public ServiceEvents, public ::testing::WithParamInterface<SimRow> {};
 

@@ -4,6 +4,7 @@
 #include "SMSRecordSetImpl.h"
 
 #include <memory>
+#include <ostream>
 #include <thread>
 
 namespace {
@@ -18,6 +19,8 @@ struct SettingRow {
   const char* settings;
   bool on;
 };
+
+void PrintTo(const SettingRow& row, std::ostream* out) { *out << row.name; }
 
 class BroadcastSetting : public ServiceLife, public ::testing::WithParamInterface<SettingRow> {};
 

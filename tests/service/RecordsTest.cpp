@@ -2,6 +2,7 @@
 
 #include "PassTest.h"
 
+#include <ostream>
 #include <thread>
 
 namespace {
@@ -31,6 +32,8 @@ struct RouteRow {
   int position;
   int storage;
 };
+
+void PrintTo(const RouteRow& row, std::ostream* out) { *out << row.name; }
 
 class RecordRoute : public RecordAccess, public ::testing::WithParamInterface<RouteRow> {};
 

@@ -5,6 +5,7 @@
 #include "platform/JClock.h"
 
 #include <memory>
+#include <ostream>
 #include <thread>
 
 namespace {
@@ -345,6 +346,10 @@ struct PriorityRow {
   bool configReadable;
   int expected;
 };
+
+void PrintTo(const PriorityRow& row, std::ostream* out) {
+  *out << "mode " << row.mode << ", configured " << row.configured << (row.configReadable ? "" : ", not readable");
+}
 
 class SendPriority : public Sending, public ::testing::WithParamInterface<PriorityRow> {};
 

@@ -3,6 +3,8 @@
 #include "ServiceAccess.h"
 #include "ServiceTest.h"
 
+#include <ostream>
+
 namespace {
 
 typedef std::vector<std::string> Lines;
@@ -112,6 +114,8 @@ struct CdmaRow {
   const char* settings;
   std::size_t oneMessage;  // characters
 };
+
+void PrintTo(const CdmaRow& row, std::ostream* out) { *out << row.name; }
 
 class CdmaSplitting : public Splitting, public ::testing::WithParamInterface<CdmaRow> {};
 

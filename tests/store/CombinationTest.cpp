@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <limits>
+#include <ostream>
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
@@ -154,6 +155,8 @@ struct AloneRow {
   int lines;  // of "long msg error"
 };
 
+void PrintTo(const AloneRow& row, std::ostream* out) { *out << row.name; }
+
 class CombinationAlone : public testing::TestWithParam<AloneRow> {};
 
 TEST_P(CombinationAlone, IsStoredAsItIs) {
@@ -232,6 +235,8 @@ struct GapRow {
   const VELK_wchar_t* incoming;
   bool combined;
 };
+
+void PrintTo(const GapRow& row, std::ostream* out) { *out << row.name; }
 
 class CombinationGap : public testing::TestWithParam<GapRow> {};
 

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <thread>
 
 using testing::Contains;
@@ -129,6 +130,8 @@ struct KindRow {
   bool movedWhenSaving;
 };
 
+void PrintTo(const KindRow& row, std::ostream* out) { *out << row.name; }
+
 class DeviceStoreKind : public testing::TestWithParam<KindRow> {
 protected:
   static void Check(const char* settings, bool moved) {
@@ -238,6 +241,8 @@ struct ModeRow {
   int alterSupport;
   int mode;
 };
+
+void PrintTo(const ModeRow& row, std::ostream* out) { *out << row.name; }
 
 class DeviceStoreReadMode : public testing::TestWithParam<ModeRow> {};
 

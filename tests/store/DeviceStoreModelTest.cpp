@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <ostream>
 #include <random>
 #include <set>
 
@@ -20,6 +21,8 @@ struct ModelRow {
   SMS_MEM memory;
   const char* settings;
 };
+
+void PrintTo(const ModelRow& row, std::ostream* out) { *out << row.name; }
 
 /// A message as the device holds it.
 struct Message {

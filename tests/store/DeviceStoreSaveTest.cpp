@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <ostream>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -70,6 +71,8 @@ struct StateRow {
   int position, sendResult, isRead;
   SMS_STAT expected;
 };
+
+void PrintTo(const StateRow& row, std::ostream* out) { *out << row.name; }
 
 class DeviceStoreState : public testing::TestWithParam<StateRow> {};
 

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <ostream>
 #include <thread>
 
 using testing::Contains;
@@ -166,11 +167,16 @@ TEST(DeviceStore, AnswersZeroToEveryChangeAndLeavesTheMirrorWhenNothingCanBeRead
   EXPECT_EQ(before, DescribeAll(Records(*store.GetReocrdList()).at(0)));
 }
 
-typedef long (CDeviceSMSImpl::*Removal)(long);
+struct RemovalRow {
+  const char* name;
+  long (CDeviceSMSImpl::*remove)(long);
+};
 
-class DeviceStoreRemoval : public testing::TestWithParam<Removal> {
+void PrintTo(const RemovalRow& row, std::ostream* out) { *out << row.name; }
+
+class DeviceStoreRemoval : public testing::TestWithParam<RemovalRow> {
 protected:
-  static long Remove(CDeviceSMSImpl& store, long id) { return (store.*GetParam())(id); }
+  static long Remove(CDeviceSMSImpl& store, long id) { return (store.*GetParam().remove)(id); }
 };
 
 TEST_P(DeviceStoreRemoval, TakesTheMessageFromDeviceAndMirrorForGood) {
@@ -213,7 +219,9 @@ TEST_P(DeviceStoreRemoval, KeepsTheEntryWhenTheDeviceRefuses) {
 }
 
 INSTANTIATE_TEST_SUITE_P(DeleteAndRemoveAreTheSame, DeviceStoreRemoval,
-                         testing::Values(&CDeviceSMSImpl::DeleteRecord, &CDeviceSMSImpl::RemoveRecord));
+                         testing::Values(RemovalRow{"DeleteRecord", &CDeviceSMSImpl::DeleteRecord},
+                                         RemovalRow{"RemoveRecord", &CDeviceSMSImpl::RemoveRecord}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 // --- The memory ------------------------------------------------------------------------------------------------------
 
@@ -285,6 +293,8 @@ struct SaveLocalRow {
   bool doubleMode;
   bool saveLocal;
 };
+
+void PrintTo(const SaveLocalRow& row, std::ostream* out) { *out << row.name; }
 
 class DeviceStoreSaveLocal : public testing::TestWithParam<SaveLocalRow> {};
 

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <thread>
 
 using testing::Contains;
@@ -207,6 +208,8 @@ struct EnableRow {
   bool shown;
 };
 
+void PrintTo(const EnableRow& row, std::ostream* out) { *out << row.name; }
+
 class LocalStoreBroadcast : public testing::TestWithParam<EnableRow> {};
 
 TEST_P(LocalStoreBroadcast, IsInTheSetOnlyWhenTheSettingIsExactlyTrueAndAlwaysInTheDatabase) {
@@ -247,6 +250,8 @@ struct AgeRow {
   int dated;  // days from today
   bool kept;
 };
+
+void PrintTo(const AgeRow& row, std::ostream* out) { *out << row.name; }
 
 class LocalStoreCleanup : public testing::TestWithParam<AgeRow> {};
 

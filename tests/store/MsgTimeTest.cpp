@@ -2,6 +2,7 @@
 #include "MsgTime.h"
 
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -38,6 +39,8 @@ struct DateRow {
   const VELK_wchar_t* text;
   bool valid;
 };
+
+void PrintTo(const DateRow& row, std::ostream* out) { *out << row.name; }
 
 class MsgTimeDate : public testing::TestWithParam<DateRow> {};
 
