@@ -9,6 +9,11 @@ namespace {
 const int kRingMs = 5000;
 const int kPukTries = 10;
 
+/// 1: usable, 255: none there.
+std::string CardNotice(CardState state) {
+  return state == CardState::Ready ? "1" : state == CardState::Absent ? "255" : "0";
+}
+
 }  // namespace
 
 void CSimulatedModem::SetNetwork(NetworkState state) {
@@ -23,6 +28,7 @@ void CSimulatedModem::SetCard(CardState state, const std::string& pin) {
   const std::string before = RegistrationState();
   if (!pin.empty()) m_strPin = pin;
   if ((state == CardState::Pin || state == CardState::Puk) && m_strPin.empty()) m_strPin = m_strUnusedPin;
+  if (m_iNotices == 1 && state != m_card) Unsolicited("^SIMST: " + CardNotice(state));
   m_card = state;
   m_iPinTries = state == CardState::Puk ? 0 : kPinTries;
   m_iPukTries = kPukTries;

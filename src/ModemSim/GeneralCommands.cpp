@@ -278,7 +278,7 @@ CSimulatedModem::Result CSimulatedModem::OnPin(const AtCommand& command) {
   if (m_card == CardState::Puk) return Unblock(values);
   if (pin != m_strPin) {
     m_iPinTries = std::max(m_iPinTries - 1, 0);
-    if (m_iPinTries == 0) m_card = CardState::Puk;
+    if (m_iPinTries == 0) SetCard(CardState::Puk);
     return Cme(kCmeIncorrectPassword);
   }
   SetCard(CardState::Ready);

@@ -405,6 +405,20 @@ TEST_F(Control, SetsFaultsAndTakesThemBack) {
   EXPECT_EQ(Do(R"({"do":"state"})")["faults"], 0);
 }
 
+TEST_F(Control, TellsOfTheCardWhoeverAskedForNotices) {
+  Do(R"({"do":"sim","state":"absent"})");
+  EXPECT_EQ(Heard(), Lines{});
+  Do(R"({"do":"sim","state":"ready"})");
+  Say("AT^CURC=1");
+  Do(R"({"do":"sim","state":"absent"})");
+  EXPECT_EQ(Heard(), Lines{"^SIMST: 255"});
+  Do(R"({"do":"sim","state":"absent"})");
+  EXPECT_EQ(Heard(), Lines{});
+  Do(R"({"do":"sim","state":"pin","pin":"1234"})");
+  EXPECT_EQ(Heard(), Lines{"^SIMST: 0"});
+  EXPECT_EQ(Say("AT+CPIN=1234"), (Lines{"OK", "^SIMST: 1"}));
+}
+
 TEST_F(Control, SlowsTheLineDown) {
   Do(R"({"do":"line","baud":300})");
   EXPECT_EQ(Say("AT"), Lines{});
