@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <sstream>
 
 namespace smsctl {
 
@@ -123,6 +124,24 @@ ISMSSetting* OpenSettings(host::CHostSession& session) {
   return setting;
 }
 
+bool IsChannel(const std::string& text) {
+  return text.size() <= 5 && text.find_first_not_of("0123456789") == std::string::npos && From0To(65535)(text);
+}
+
+/// "50,4352-4359"
+bool AreChannels(const std::string& list) {
+  std::istringstream ranges(list + ',');  // an empty range at the end counts
+  for (std::string range; std::getline(ranges, range, ',');) {
+    const std::size_t dash = range.find('-');
+    const std::string first = range.substr(0, dash);
+    const std::string last = dash == std::string::npos ? first : range.substr(dash + 1);
+    if (!IsChannel(first) || !IsChannel(last) || std::stol(first) > std::stol(last)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 void PrintRanges(const CbsMidList& channels) {
   if (channels.size == 0) {
     std::puts("no channels");
@@ -207,8 +226,8 @@ int Channels(const host::HostOptions& options, const std::string& action, const 
   if ((action == "add" || action == "remove") == channels.empty()) {
     return Fail(channels.empty() ? "name the channels, for example 50,4352-4359" : "only add and remove take channels");
   }
-  if (channels.find_first_not_of("0123456789,-") != std::string::npos) {
-    return Fail("\"" + channels + "\" are no channels; write them as 50,4352-4359");
+  if (!channels.empty() && !AreChannels(channels)) {
+    return Fail("\"" + Printable(channels) + "\" are no channels; write them as 50,4352-4359, from 0 to 65535");
   }
   host::CHostSession session(host::Modem::kConfigured, !options.settingsFile.empty());
   ISMSSetting* const setting = OpenSettings(session);

@@ -126,6 +126,14 @@ TEST_F(StoredMessages, RefusesSettingsThatDoNotExistOrMakeNoSense) {
   }
 }
 
+TEST_F(StoredMessages, RefusesWhatAreNoChannelsWithoutAModem) {
+  for (const std::string channels : {"50-40", "65536", "1,,2", "1,", ",1", "-", "1-", "-1", "1-2-3", "a", "1 2"}) {
+    const ProgramResult result = Run({"channels", "add", "--device", "/dev/null", "--", channels});
+    EXPECT_EQ(1, result.status) << channels;
+    EXPECT_THAT(result.err, HasSubstr("\"" + channels + "\" are no channels"));
+  }
+}
+
 TEST_F(StoredMessages, SaysThatASettingOfTheModemNeedsOne) {
   const ProgramResult result = Run({"settings", "set", "validity", "255"});
   EXPECT_EQ(1, result.status);
