@@ -141,7 +141,7 @@ PageCoding ParsePageCoding(BYTE dcs) {
   }
   if (group == 0xF) {
     if (low & 0x04) result.coding = Coding::Octets;
-    result.messageClass = static_cast<std::int8_t>(low & 0x03);
+    if (low & 0x03) result.messageClass = static_cast<std::int8_t>(low & 0x03);  // 0 names none here
   }
   return result;
 }

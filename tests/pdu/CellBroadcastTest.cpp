@@ -222,7 +222,7 @@ TEST(CellBroadcast, EveryDataCodingSchemeReadsAsTheStandardHasIt) {
     EXPECT_EQ(coding.coding, octets ? Coding::Octets : ucs2 ? Coding::Ucs2 : Coding::Gsm7) << dcs;
     EXPECT_EQ(coding.compressed, group == 6 || group == 7) << dcs;
     EXPECT_EQ(coding.languageInFront, dcs == 0x10 || dcs == 0x11) << dcs;
-    const bool classed = group == 5 || group == 7 || group == 9 || group == 15;
+    const bool classed = group == 5 || group == 7 || group == 9 || (group == 15 && (dcs & 3) != 0);
     EXPECT_EQ(coding.messageClass, classed ? static_cast<int>(dcs & 3) : -1) << dcs;
   }
   EXPECT_STREQ(ParsePageCoding(0x00).language, "de");
