@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <random>
 
 using nlohmann::json;
@@ -225,11 +226,17 @@ TEST(CellBroadcast, EveryDataCodingSchemeReadsAsTheStandardHasIt) {
     const bool classed = group == 5 || group == 7 || group == 9 || (group == 15 && (dcs & 3) != 0);
     EXPECT_EQ(coding.messageClass, classed ? static_cast<int>(dcs & 3) : -1) << dcs;
   }
-  EXPECT_STREQ(ParsePageCoding(0x00).language, "de");
-  EXPECT_STREQ(ParsePageCoding(0x0E).language, "pl");
-  EXPECT_STREQ(ParsePageCoding(0x0F).language, "");
-  EXPECT_STREQ(ParsePageCoding(0x20).language, "cs");
-  EXPECT_STREQ(ParsePageCoding(0x24).language, "is");
-  EXPECT_STREQ(ParsePageCoding(0x25).language, "");
-  EXPECT_STREQ(ParsePageCoding(0x30).language, "");
+}
+
+TEST(CellBroadcast, EveryLanguageIsThatOfTheStandard) {
+  const std::string first[] = {"de", "en", "it", "fr", "es", "nl", "sv", "da",
+                               "pt", "fi", "no", "el", "tr", "hu", "pl"};
+  const std::string third[] = {"cs", "he", "ar", "ru", "is"};
+  for (unsigned dcs = 0; dcs < 256; ++dcs) {
+    const unsigned place = dcs & 15;
+    const std::string expected = dcs >> 4 == 0 && place < std::size(first)   ? first[place]
+                                 : dcs >> 4 == 2 && place < std::size(third) ? third[place]
+                                                                             : "";
+    EXPECT_EQ(ParsePageCoding(static_cast<BYTE>(dcs)).language, expected) << dcs;
+  }
 }

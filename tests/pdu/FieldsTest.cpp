@@ -85,6 +85,26 @@ TEST(Address, ServiceCentreCountsOctetsAndItsType) {
   EXPECT_EQ(CentreHex(Address()), "00");
 }
 
+TEST(Address, MoreThanTwentyDigitsAreRefused) {
+  const std::string digits = "12345678901234567890";
+  const auto ofCentre = [](const std::string& hex) {
+    const std::vector<BYTE> octets = Octets(hex);
+    Address address;
+    std::size_t consumed = 0;
+    unsigned defects = 0;
+    return DecodeServiceCentre(octets.data(), octets.size(), &address, &consumed, &defects);
+  };
+  EXPECT_EQ(ofCentre("0B91" + digits), PduError::None);
+  EXPECT_EQ(ofCentre("0C91" + digits + "12"), PduError::TooLong);
+  const auto ofSender = [](const std::string& hex) {
+    const std::vector<BYTE> octets = Octets("04" + hex + "0000" + "42202121436500" + "00");
+    Deliver message;
+    return DecodeDeliver(octets.data(), octets.size(), &message);
+  };
+  EXPECT_EQ(ofSender("1491" + digits), PduError::None);
+  EXPECT_EQ(ofSender("1591" + digits + "12"), PduError::TooLong);
+}
+
 TEST(Address, EveryDigitComesBack) {
   Address address;
   address.typeOfNumber = kTonNational;

@@ -43,6 +43,17 @@ Submit Again(const Submit& message) {
 
 VELK_wstring TextOf(const UserData& userData) { return VELK_wstring(userData.text, userData.textLength); }
 
+/// A message with this first octet, decoded: what stands behind it is an element without data, or three octets.
+template <class Message, class Decode>
+Message WithFirstOctet(unsigned first, const std::string& middle, const Decode& decode) {
+  const BYTE octet = static_cast<BYTE>(first);
+  const std::vector<BYTE> tpdu = Octets(Hex(&octet, 1) + middle + "03027000");
+  Message message;
+  EXPECT_EQ(decode(tpdu.data(), tpdu.size(), &message), PduError::None) << first;
+  EXPECT_EQ(message.userData.header.length, first & 0x40 ? 2 : 0) << first;
+  return message;
+}
+
 UserDataHeader PartHeader(bool wide, const SMS_NLI& tables = SMS_NLI()) {
   UserDataHeader header;
   Concatenation part;
@@ -73,6 +84,40 @@ TEST(UserDataHeader, ElementsComeBackInOrder) {
   ASSERT_TRUE(FindPorts(header, &again));
   EXPECT_EQ(again.destination, 2948);
   EXPECT_EQ(again.source, 9200);
+}
+
+TEST(UserDataHeader, EveryElementIsThatOfTheStandard) {
+  struct Row {
+    const char* hex;
+    Ports ports;
+    SMS_NLI tables;
+  };
+  const Row rows[] = {
+      {"0402C80A", {200, 10, false}, SMS_NLI()},
+      {"05040B8423F0", {2948, 9200, true}, SMS_NLI()},
+      {"240102", {0, 0, true}, {SMS_NLI_Lock_Reverse, SMS_NLI_Span_Single}},
+      {"250103", {0, 0, true}, {SMS_NLI_Port_Lock, SMS_NLI_Single_Reverse}},
+      {"240101250101", {0, 0, true}, {SMS_NLI_Turk_Lock, SMS_NLI_Turk_Single}},
+  };
+  for (const Row& row : rows) {
+    const std::vector<BYTE> octets = Octets(row.hex);
+    UserDataHeader header;
+    header.length = static_cast<BYTE>(octets.size());
+    std::copy(octets.begin(), octets.end(), header.octets);
+    Ports ports;
+    EXPECT_EQ(FindPorts(header, &ports), row.ports.destination != 0) << row.hex;
+    EXPECT_EQ(ports.destination, row.ports.destination) << row.hex;
+    EXPECT_EQ(ports.source, row.ports.source) << row.hex;
+    EXPECT_EQ(ports.wide, row.ports.wide) << row.hex;
+    EXPECT_EQ(FindTables(header).enNLI_Lock, row.tables.enNLI_Lock) << row.hex;
+    EXPECT_EQ(FindTables(header).enNLI_Single, row.tables.enNLI_Single) << row.hex;
+    UserDataHeader made;
+    EXPECT_TRUE(AddTables(&made, row.tables));
+    if (row.ports.destination != 0) {
+      EXPECT_TRUE(AddPorts(&made, row.ports));
+    }
+    EXPECT_EQ(Hex(made.octets, made.length), row.hex);
+  }
 }
 
 TEST(UserDataHeader, TheLastElementOfAKindCounts) {
@@ -331,6 +376,40 @@ TEST(Deliver, AReservedTypeIsReadAndSaid) {
   ASSERT_EQ(DecodeDeliver(tpdu.data(), tpdu.size(), &message), PduError::None);
   EXPECT_EQ(message.defects, kDefectReservedType);
   EXPECT_EQ(TypeTowardsDevice(tpdu[0]), TpduType::Deliver);
+}
+
+TEST(Deliver, EveryBitOfTheFirstOctetIsThatOfTheStandard) {
+  for (unsigned first = 0; first < 256; first += 4) {
+    const auto message = WithFirstOctet<Deliver>(first, "0B919471214365F7000442202121436500", DecodeDeliver);
+    EXPECT_EQ(message.moreMessages, (first & 0x04) == 0) << first;
+    EXPECT_EQ(message.loopPrevention, (first & 0x08) != 0) << first;
+    EXPECT_EQ(message.statusReportIndication, (first & 0x20) != 0) << first;
+    EXPECT_EQ(message.replyPath, (first & 0x80) != 0) << first;
+  }
+}
+
+TEST(Submit, EveryBitOfTheFirstOctetIsThatOfTheStandard) {
+  const std::string periods[] = {"", "01A70000000000", "A7", "42202121436500"};  // by TP-VPF
+  for (unsigned first = 1; first < 256; first += 4) {
+    const unsigned format = first >> 3 & 3;
+    const auto message = WithFirstOctet<Submit>(first, "070B919471214365F70004" + periods[format], DecodeSubmit);
+    EXPECT_EQ(message.rejectDuplicates, (first & 0x04) != 0) << first;
+    EXPECT_EQ(static_cast<unsigned>(message.validity.format), format) << first;
+    EXPECT_EQ(message.statusReportRequest, (first & 0x20) != 0) << first;
+    EXPECT_EQ(message.replyPath, (first & 0x80) != 0) << first;
+  }
+}
+
+TEST(StatusReport, EveryBitOfTheFirstOctetIsThatOfTheStandard) {
+  const std::string middle =
+      "070B919471214365F7422021214365004220212143650000"
+      "0604";  // TP-PI: TP-DCS and TP-UD
+  for (unsigned first = 2; first < 256; first += 4) {
+    const auto message = WithFirstOctet<StatusReport>(first, middle, DecodeStatusReport);
+    EXPECT_EQ(message.moreMessages, (first & 0x04) == 0) << first;
+    EXPECT_EQ(message.loopPrevention, (first & 0x08) != 0) << first;
+    EXPECT_EQ(message.ofCommand, (first & 0x20) != 0) << first;
+  }
 }
 
 TEST(Deliver, FlagsComeBack) {
