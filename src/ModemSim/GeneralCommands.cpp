@@ -63,7 +63,6 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
       {"M", &M::OnIgnored},
       {"H", &M::OnHangUpCall},
       {"+CHUP", &M::OnHangUpCall},
-      {"D", &M::OnDial},
       {"I", &M::OnIdentity},
       {"+CGMI", &M::OnIdentity},
       {"+GMI", &M::OnIdentity},
@@ -128,8 +127,6 @@ CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand& command) 
   m_strCaller.clear();
   return Ok();
 }
-
-CSimulatedModem::Result CSimulatedModem::OnDial(const AtCommand&) { return NoCarrier(); }
 
 void CSimulatedModem::ResetRegisters() {
   for (const RegisterRange& range : kRegisters) m_registers[range.place] = range.initial;

@@ -61,6 +61,8 @@ void CSimulatedModem::ResetSettings() {
   m_iCallerNumber = 0;
   m_iRingForm = 0;
   m_iNotices = 0;
+  m_iRate = 0;
+  m_flowControl = kFlowControl;
   m_textParameters = m_saved.textParameters;
 }
 
@@ -231,8 +233,9 @@ bool CSimulatedModem::Lacks(const std::string& command) const {
   return std::find(lacks.begin(), lacks.end(), command) != lacks.end();
 }
 
-std::array<const std::vector<CSimulatedModem::Entry>*, 5> CSimulatedModem::Tables() {
-  return {&GeneralCommands(), &ProfileCommands(), &CardCommands(), &ServiceCommands(), &MessageCommands()};
+std::array<const std::vector<CSimulatedModem::Entry>*, 6> CSimulatedModem::Tables() {
+  return {&GeneralCommands(), &LineCommands(),    &ProfileCommands(),
+          &CardCommands(),    &ServiceCommands(), &MessageCommands()};
 }
 
 CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {

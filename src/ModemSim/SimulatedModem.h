@@ -196,7 +196,7 @@ private:
   int LatencyOf(const std::string& command) const;
   void Put(const std::string& bytes);
   Result Execute(const AtCommand& command);
-  static std::array<const std::vector<Entry>*, 5> Tables();
+  static std::array<const std::vector<Entry>*, 6> Tables();
   static const std::vector<NumberEntry>& NumberCommands();
   bool Lacks(const std::string& command) const;
   bool FindNumber(const AtCommand& command, Result* out);
@@ -222,7 +222,6 @@ private:
   Result OnReset(const AtCommand& command);
   Result OnIgnored(const AtCommand& command);
   Result OnHangUpCall(const AtCommand& command);
-  Result OnDial(const AtCommand& command);
   Result OnRegister(const AtCommand& command);
   Result OnShowSettings(const AtCommand& command);
   Result OnListCommands(const AtCommand& command);
@@ -250,6 +249,14 @@ private:
   std::string RegistrationState() const;
   std::string Registration(int mode) const;
   void RegistrationChanged(const std::string& before);
+
+  // The line to the computer, and calls: LineCommands.cpp
+  static constexpr std::array<int, 2> kFlowControl{2, 2};
+  static const std::vector<Entry>& LineCommands();
+  Result OnCall(const AtCommand& command);
+  Result OnRate(const AtCommand& command);
+  Result OnFlowControl(const AtCommand& command);
+  Result OnServiceClass(const AtCommand& command);
 
   // Lock, number and phonebooks of the card: CardCommands.cpp
   static const std::vector<Entry>& CardCommands();
@@ -389,6 +396,8 @@ private:
   int m_iCallerNumber = 0;
   int m_iRingForm = 0;
   int m_iNotices = 0;  // of the maker
+  int m_iRate = 0;
+  std::array<int, 2> m_flowControl = kFlowControl;
   TextParameters m_textParameters;
 
   // the device
