@@ -23,18 +23,24 @@ const std::vector<Indications> kIndications = {{2, 1, 2, 1, 0}, {2, 1, 2, 2, 0},
 
 const unsigned int kProbeLimitMs = 1000;
 
-bool Probe(CQuestions& questions) {
+const char kClosed[] =
+    "closed the line at once. Perhaps another program uses the modem: end that, or choose another one with --device.";
+const char kSilent[] =
+    "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
+
+AtReply Probe(CQuestions& questions) {
   const int kProbes = 3;  // what stood in its buffer may spoil the first
+  AtReply reply;
   for (int probe = 0; probe < kProbes; ++probe) {
-    const AtReply reply = questions.Ask("", nullptr, kProbeLimitMs);
+    reply = questions.Ask("", nullptr, kProbeLimitMs);
     if (reply.IsOk() || reply.final == AtReply::Final::kLineGone) {
-      return reply.IsOk();
+      return reply;
     }
     if (probe == 0 && reply.final == AtReply::Final::kNoAnswer) {
       questions.Dialogue().RestoreForms(kProbeLimitMs);
     }
   }
-  return false;
+  return reply;
 }
 
 /// A modem that spoke in digits may become silent by its words.
@@ -151,9 +157,9 @@ bool PrepareMessages(CQuestions& questions, const ModemProfile* profile, bool bB
 bool StartOnce(CAtDialogue& dialogue, bool bTrustEcho, bool bBroadcasts, ModemFacts& facts, std::string& error) {
   dialogue.BeginAnew();
   CQuestions questions(dialogue);
-  if (!Probe(questions)) {
-    error =
-        "does not answer AT commands. Choose the modem's command port with --device; many modems have several ports.";
+  const AtReply probed = Probe(questions);
+  if (!probed.IsOk()) {
+    error = probed.final == AtReply::Final::kLineGone ? kClosed : kSilent;
     return false;
   }
   ChooseForms(questions, bTrustEcho);
