@@ -3,13 +3,16 @@
 
 #include "Recorder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 
 namespace modem_sim {
 namespace {
 
 const std::size_t kExcerpt = 60;
+const int kReach = 10;  // commands
 
 }  // namespace
 
@@ -48,11 +51,12 @@ void CReplay::Receive(const char* bytes, std::size_t count) {
 /// The computer's lines that are there, as long as it is its turn.
 void CReplay::Compare() {
   while (!m_bEnded && !m_lstHeard.empty() && !m_lstSteps.empty() && !m_lstSteps.front().line.fromModem) {
-    const Step step = m_lstSteps.front();
     const std::string heard = m_bMasked ? m_mask.Masked(m_lstHeard.front(), false) : m_lstHeard.front();
-    m_lstSteps.pop_front();
     m_lstHeard.pop_front();
-    if (heard != step.line.bytes) {
+    const bool expected = heard == m_lstSteps.front().line.bytes || BringForward(heard);
+    const Step step = m_lstSteps.front();
+    m_lstSteps.pop_front();
+    if (!expected) {
       m_bEnded = true;
       m_onEnd("line " + std::to_string(step.number) + ": the computer wrote " + Shown(heard) + ", the record has " +
               Shown(step.line.bytes));
@@ -61,6 +65,19 @@ void CReplay::Compare() {
     GoOn(step.line.milliseconds);
     if (m_bWriting) return;
   }
+}
+
+/// Puts one of the next commands of the record, with what the modem said to it, to the front.
+bool CReplay::BringForward(const std::string& heard) {
+  const auto isCommand = [](const Step& step) { return !step.line.fromModem; };
+  auto command = m_lstSteps.begin();
+  for (int i = 0; i < kReach && command != m_lstSteps.end(); ++i) {
+    command = std::find_if(std::next(command), m_lstSteps.end(), isCommand);
+    if (command == m_lstSteps.end() || command->line.bytes != heard) continue;
+    std::rotate(m_lstSteps.begin(), command, std::find_if(std::next(command), m_lstSteps.end(), isCommand));
+    return true;
+  }
+  return false;
 }
 
 /// The modem's next line, when it was due in the record.

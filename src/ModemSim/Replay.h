@@ -11,6 +11,7 @@
 
 namespace modem_sim {
 
+/// Commands of the computer may come in another order than in the record, as those of several threads do.
 /// Threads: the modem's one thread.
 class CReplay : public IPortUser {
 public:
@@ -36,6 +37,7 @@ private:
 
   void GoOn(DWORD now);
   void Compare();
+  bool BringForward(const std::string& heard);
   std::string Shown(const std::string& bytes) const;
 
   IModemWorld& m_world;

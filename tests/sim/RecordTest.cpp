@@ -219,6 +219,15 @@ TEST(Replay, SaysWhereTheComputerDiffers) {
   EXPECT_EQ(Replayed(Conversation(false), {"ATE0\r"}), "not ended");
 }
 
+TEST(Replay, TakesCommandsInTheOrderInWhichTheyCome) {
+  std::string output;
+  EXPECT_EQ(Replayed(Conversation(false), {"AT+CMGS=18\r", "ATE0\r", std::string(kText) + "\x1A", "AT+CSQ\r"}, &output),
+            "");
+  EXPECT_EQ(output, "\r\n> ATE0\r\r\nOK\r\n\r\n+CMGS: 0\r\n\r\nOK\r\n\r\n+CSQ: 20,99\r\n\r\nOK\r\n");
+  EXPECT_EQ(Replayed(Conversation(false), {"AT+CSQ\r", "ATE0\r", "AT+CSQ\r"}),
+            "line 10: the computer wrote \"AT+CSQ<0D>\", the record has \"AT+CMGS=18<0D>\"");
+}
+
 TEST(Replay, TakesWhatComesTooEarlyInItsTurn) {
   EXPECT_EQ(Replayed(Conversation(false), {"ATE0\rAT+CSQ\rAT+CMGS=18\r" + std::string(kText) + "\x1A"}), "");
 }
