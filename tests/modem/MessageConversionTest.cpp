@@ -165,6 +165,16 @@ TEST(MessageConversion, ReadsThePlaceInALongMessage) {
   }
 }
 
+TEST(MessageConversion, CountsAMessageOfOnePartAsNotDivided) {
+  sms_pdu::Deliver message = Received(0, u"");
+  ASSERT_TRUE(sms_pdu::AddConcatenation(&message.userData.header, {7, 1, 1, false}));
+  sms_pdu::SetText(&message.userData, u"part", 4);
+  const SMReadRecord record = ReadPdu(HexOf(message), SMS_STAT_UNREAD);
+  EXPECT_EQ(0, record.stLongSMS_info.btTotalPack);
+  EXPECT_EQ(0, record.stLongSMS_info.btPack);
+  EXPECT_EQ(u"part", ContentOf(record));
+}
+
 TEST(MessageConversion, ReadsNationalTables) {
   sms_pdu::Deliver message = Received(0, u"");
   SMS_NLI tables;
@@ -202,6 +212,7 @@ TEST(MessageConversion, TellsVoiceMailByAHeaderElement) {
                                   {"none waits", 1, {"\x00\x00", 2}, SMS_IDENTIFYER_ORDINARILY},
                                   {"fax", 1, {"\x01\x02", 2}, SMS_IDENTIFYER_ORDINARILY},
                                   {"video", 1, {"\x07\x02", 2}, SMS_IDENTIFYER_ORDINARILY},
+                                  {"reserved", 1, {"\x10\x02", 2}, SMS_IDENTIFYER_ORDINARILY},
                                   {"cut", 1, {"\x00", 1}, SMS_IDENTIFYER_ORDINARILY},
                                   {"enhanced", 0x23, {"\x00\x05\x81\x21", 4}, SMS_IDENTIFYER_VOICE_MAIL},
                                   {"enhanced, deleted", 0x23, {"\x01\x05\x81\x21", 4}, SMS_IDENTIFYER_ORDINARILY},
@@ -410,6 +421,43 @@ TEST(MessageConversion, TellsAReportsOutcomeInTheFirstUnit) {
   }
 }
 
+TEST(MessageConversion, GivesAReportTheTimeOfItsOutcome) {
+  const std::string report =
+      "06070C91947101000020"
+      "42506070809000"
+      "42506081809000"
+      "00";
+  const SMReadRecord record = ReadPdu(kCentre + report, SMS_STAT_UNREAD, {true, nullptr});
+  ASSERT_EQ(SMS_IDENTIFYER_REPORT, record.enType);
+  EXPECT_EQ(18, record.stTime.btHour);
+}
+
+TEST(MessageConversion, ReadsWhatWasWrittenByThisDeviceAsSuch) {
+  const std::string submit = "01070C91947101000020000005E8329BFD06";
+  for (const SMS_STAT state : {SMS_STAT_UNSENT, SMS_STAT_SENT}) {
+    const SMReadRecord record = ReadPdu(kCentre + submit, state);
+    EXPECT_STREQ("+491710000002", record.szAddress);
+    EXPECT_EQ(u"hello", ContentOf(record));
+  }
+  EXPECT_STREQ("", ReadPdu(kCentre + submit, SMS_STAT_READ).szAddress);
+}
+
+TEST(MessageConversion, TellsWhichServiceCentreAnAnswerGoesBy) {
+  sms_pdu::Deliver message = Received(0, u"hello");
+  EXPECT_EQ(SMS_REPLY_PATH_LOCAL_SM_CENTER_ADDR, ReadPdu(HexOf(message), SMS_STAT_UNREAD).enReplyPath);
+  message.replyPath = true;
+  EXPECT_EQ(SMS_REPLY_PATH_SOURCE_SM_CENTER_ADDR, ReadPdu(HexOf(message), SMS_STAT_UNREAD).enReplyPath);
+}
+
+TEST(MessageConversion, WritesALineBackUnlessThereIsNoMessageInIt) {
+  const std::string message = HexOf(Received(0, u"hello"));
+  PduLine line;
+  ASSERT_TRUE(ToLine(message, line));
+  EXPECT_EQ(message, line.hex);
+  EXPECT_EQ((message.size() - std::strlen(kCentre)) / 2, line.tpduOctets);
+  for (const std::string damaged : {"", "00", kCentre, "0791", "zz"}) EXPECT_FALSE(ToLine(damaged, line)) << damaged;
+}
+
 TEST(MessageConversion, KeepsWhatCannotBeDecodedAsText) {
   for (const std::string hex : {"", "0", "zz", "07919471", "00FF", "0791947101670000040C91"}) {
     const SMReadRecord record = ReadPdu(hex, SMS_STAT_UNREAD);
@@ -504,7 +552,7 @@ TEST(MessageConversion, SubmitsWhatTheConfigurationAsksFor) {
   EXPECT_EQ(167, message.validity.relative);
   EXPECT_EQ(u"Hello", VELK_wstring(message.userData.text));
   config.bEnableStatusReport = config.bEnableReplyPath = true;
-  config.dwValidity = 0xFFFFFFFF;
+  config.dwValidity = 300;
   message = Submitted(Part(u"Hello"), config);
   EXPECT_TRUE(message.statusReportRequest);
   EXPECT_TRUE(message.replyPath);
@@ -539,6 +587,22 @@ TEST(MessageConversion, SubmitsPartsWithPlaceAndTables) {
   EXPECT_EQ(2, place.total);
   EXPECT_EQ(1, place.sequence);
   EXPECT_EQ(u"ışğ", VELK_wstring(message.userData.text));
+}
+
+TEST(MessageConversion, BeginsARunWithTheFirstOfSeveralParts) {
+  SMS_PARAM part = Part(u"Hello");
+  const auto begins = [&](bool longSms, BYTE total, BYTE number) {
+    part.bLongSms = longSms;
+    part.stLongSMS_info.btTotalPack = total;
+    part.stLongSMS_info.btPack = number;
+    PduLine line;
+    EXPECT_EQ(sms_pdu::PduError::None, MakeSubmit(part, Config(), line));
+    return line.bBeginsRun;
+  };
+  EXPECT_TRUE(begins(true, 2, 1));
+  EXPECT_FALSE(begins(true, 2, 2));
+  EXPECT_FALSE(begins(true, 1, 1));
+  EXPECT_FALSE(begins(false, 2, 1));
 }
 
 TEST(MessageConversion, PutsAPartsOwnServiceCentreInFront) {
