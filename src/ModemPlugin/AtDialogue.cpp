@@ -307,15 +307,22 @@ bool CAtDialogue::TakeOctets(const std::string& line, Unsolicited& unsolicited) 
   return true;
 }
 
-/// Lines of a listing come in pairs: what belongs to a message, and its octets.
+/// Lines of a listing come in pairs: what belongs to a message, and its octets; some write both on one.
 void CAtDialogue::TakeReplyLine(const std::string& line) {
   const bool data = m_bDataFollows && LooksLikeOctets(line);
   if (m_bDataFollows && !data) {
     m_reply.lines.push_back(std::string());  // a message without octets
   }
-  m_reply.lines.push_back(line);
-  m_bDataFollows = StartsWith(line, "+CMGR:") || StartsWith(line, "+CMGL:") || StartsWith(line, "^SMGR:") ||
-                   StartsWith(line, "^SMGL:");
+  const bool message = StartsWith(line, "+CMGR:") || StartsWith(line, "+CMGL:") || StartsWith(line, "^SMGR:") ||
+                       StartsWith(line, "^SMGL:");
+  std::string head = line;
+  std::string octets;
+  const bool whole = message && SplitOctets(line, head, octets);
+  m_reply.lines.push_back(head);
+  if (whole) {
+    m_reply.lines.push_back(octets);
+  }
+  m_bDataFollows = message && !whole;
 }
 
 bool CAtDialogue::BelongsToReply(const std::string& line) const {

@@ -213,7 +213,7 @@ bool CMessageService::SMSReadMsg(SMS_MEM enMem, MSG_HANDLE* phMsg, SMReadRecord*
     StoredPdu message;
     const bool mark = iAlterMode == UNREAD_SM_ALTER;
     const bool listed = m_modem.IsAvailable() && !(mark && m_modem.ReadsQuietly()) &&
-                        m_modem.Stored().TakeListed(enMem, *phMsg, message);
+                        m_modem.Stored().TakeListed(enMem, *phMsg, message) && !message.hex.empty();
     if (!listed) {
       const CModem::CMemoryHold hold(m_modem, enMem);
       if (!Settle(hold.IsOk() ? m_modem.ReadHeld(*phMsg, !mark, message) : AtReply(), pdwStatus)) {

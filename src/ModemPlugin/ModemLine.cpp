@@ -87,6 +87,18 @@ bool IsLengthOf(const std::string& head, const std::string& octets) {
   return octets.size() == 2 * std::size_t{length} || octets.size() == 2 * (1 + centre + length);
 }
 
+bool SplitOctets(const std::string& line, std::string& head, std::string& octets) {
+  const std::size_t kShortest = 16;  // longer than any number among the parameters
+  const std::size_t end = line.find_last_of(", ");
+  if (end == std::string::npos || line.size() - end - 1 < kShortest ||
+      !std::all_of(line.begin() + static_cast<std::ptrdiff_t>(end) + 1, line.end(), IsHex)) {
+    return false;
+  }
+  octets = line.substr(end + 1);
+  head = line.substr(0, line.find_last_not_of(", ", end) + 1);
+  return true;
+}
+
 bool TellsRestart(const std::string& line) {
   const bool tagged = !line.empty() && std::isalpha(static_cast<unsigned char>(line[0])) == 0;
   return std::any_of(std::begin(kRestarts), std::end(kRestarts),

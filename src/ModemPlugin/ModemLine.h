@@ -35,6 +35,10 @@ bool LooksLikeOctets(const std::string& line);
 /// address of a service centre may precede.
 bool IsLengthOf(const std::string& head, const std::string& octets);
 
+/// Splits a line that holds a message's octets behind its parameters.
+/// @return false: it does not.
+bool SplitOctets(const std::string& line, std::string& head, std::string& octets);
+
 /// The modem began anew by itself: its settings are lost.
 bool TellsRestart(const std::string& line);
 

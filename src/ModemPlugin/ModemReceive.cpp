@@ -13,8 +13,9 @@ namespace {
 const unsigned int kLimitMs = 5000;
 const unsigned int kStoreLimitMs = 20000;
 
+/// Some write "ME_P" of a memory that they prefer for new messages.
 SMS_MEM MemoryOf(const std::string& name) {
-  return name == "SM" ? SMS_MEM_SM : name == "ME" ? SMS_MEM_ME : SMS_MEM_UNKNOW;
+  return name == "SM" || name == "SM_P" ? SMS_MEM_SM : name == "ME" || name == "ME_P" ? SMS_MEM_ME : SMS_MEM_UNKNOW;
 }
 
 /// Lines of makers that tell of a full memory: ^SMMEMFULL: "SM" | #SMOV: "SM" | +QIND: "smsfull","SM"

@@ -74,6 +74,21 @@ TEST(ModemLine, ComparesOctetsWithTheLengthBeforeThem) {
   EXPECT_FALSE(modem::IsLengthOf("+CMT", ""));
 }
 
+TEST(ModemLine, FindsOctetsOnTheLineOfTheirMessage) {
+  std::string head;
+  std::string octets;
+  for (const char* line :
+       {"+CMGL: 1,0,,28,07919471016700AB", "+CMGL: 1,0,,28, 07919471016700ab", "+CMGR: 0,,28 07919471016700ABCD"}) {
+    ASSERT_TRUE(modem::SplitOctets(line, head, octets)) << line;
+    EXPECT_EQ("28", head.substr(head.size() - 2)) << line;
+    EXPECT_EQ("07", octets.substr(0, 2)) << line;
+  }
+  for (const char* line : {"+CMGL: 1,0,,28", "+CMGL: 1,0,\"07919471016700AB\",28", "+CMGL: 1,0,\"ABBA\",28,", "",
+                           "0791", "+CMGL: 1,0,,28,07919471016700AX"}) {
+    EXPECT_FALSE(modem::SplitOctets(line, head, octets)) << line;
+  }
+}
+
 TEST(AtErrors, GivesEveryCauseItsWords) {
   EXPECT_STREQ("network out of order", modem::CmsErrorText(38));
   EXPECT_STREQ("memory full", modem::CmsErrorText(322));
