@@ -17,6 +17,10 @@ enum TraceLevel { TL_NULL = 0, TL_CRIT = 1, TL_ERRO = 2, TL_WARN = 3, TL_INFO = 
 /// returns, so the end of the process loses none; at TL_CRIT the call waits for the disk.  [any-thread]
 PLATFORM_API void TraceSrv_Trace(Tracelevel::TraceLevel enLevel, const char* pszModule, const char* pszText);
 
+/// Opens the file if that has not been done.
+/// @return empty, or why it cannot be: lines are dropped, and it is tried again later.  [any-thread]
+PLATFORM_API std::string TraceSrv_CheckFile();
+
 /// Lines above this level are dropped. Default: SMS_TRACE_LEVEL (0 to 4), else TL_ERRO.
 PLATFORM_API void TraceSrv_SetLevel(Tracelevel::TraceLevel enLevel);
 

@@ -21,6 +21,16 @@ VELK_wstring ToUtf16(const std::string& text) {
   return wide;
 }
 
+/// A trace that was asked for and cannot be kept.
+void TellTraceFault(const HostOptions& options, const std::string& program) {
+  const std::string cause = options.logFile.empty() ? std::string() : TraceSrv_CheckFile();
+  if (!cause.empty()) {
+    std::fprintf(stderr,
+                 "%s: cannot write the trace file %s: %s. Going on without it; name another one with --log-file.\n",
+                 program.c_str(), options.logFile.c_str(), cause.c_str());
+  }
+}
+
 }  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
@@ -48,6 +58,7 @@ void ApplyHostOptions(const HostOptions& options, const std::string& program) {
   paths.strUserDataDir = options.dataDir;
   paths.strLogFile = options.logFile;
   SetPlatformPaths(paths);
+  TellTraceFault(options, program);
   if (!options.device.empty()) {
     CGlobalFunction::OverrideSetting(u"ModemPlugin", u"Device", ToUtf16(options.device).c_str());
   }

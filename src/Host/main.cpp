@@ -10,6 +10,8 @@
 
 namespace {
 
+const int kBadUsage = 2;
+
 /// Blocks the ending signals in all threads to come, so that WaitForEnd can take them.
 sigset_t BlockEndingSignals() {
   sigset_t signals;
@@ -33,7 +35,11 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", host::kVersionLine);
   host::HostOptions options;
   host::AddHostOptions(app, options);
-  CLI11_PARSE(app, argc, argv);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kBadUsage;
+  }
 
   const sigset_t signals = BlockEndingSignals();
   host::ApplyHostOptions(options, "sms-host");

@@ -8,7 +8,9 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -45,6 +47,13 @@ void CTraceFile::Write(const std::string& strLine, bool bSync) {
   if (m_nSize >= kTurnOverSize && m_bIsRegular) {
     TurnOverLocked();
   }
+}
+
+std::string CTraceFile::Check() {
+  const std::lock_guard<std::mutex> guard(m_lock);
+  FollowPathsLocked();
+  m_iRetryNs = 0;
+  return m_file.IsOpen() || OpenLocked() ? std::string() : std::strerror(errno);
 }
 
 void CTraceFile::Sync() {

@@ -16,6 +16,8 @@ class CTraceFile {
 public:
   /// @param bSync  wait until it is on the disk.
   void Write(const std::string& strLine, bool bSync);
+  /// @return empty when the file is open, else why it cannot be opened.
+  std::string Check();
   void Sync();
 
 private:

@@ -173,6 +173,11 @@ void TraceSrv_Trace(Tracelevel::TraceLevel enLevel, const char* pszModule, const
   }
 }
 
+std::string TraceSrv_CheckFile() {
+  const CQuietly quietly;
+  return Trace::Instance().file.Check();
+}
+
 void TraceSrv_SetLevel(Tracelevel::TraceLevel enLevel) { Trace::Instance().iFileLevel = enLevel; }
 
 void TraceSrv_SetSink(Tracelevel::TraceLevel enUpTo, const TraceSink& fnSink) {

@@ -39,6 +39,20 @@ TEST_F(SmsCtl, RefusesACommandLineWithoutSenseWithStatus2) {
   }
 }
 
+TEST_F(SmsCtl, NamesATraceFileThatCannotBeWritten) {
+  const ProgramResult result = Run({"count", "Hello", "--log-file", "/dev/null/sms.log"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(1, CountLines(result.err)) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("cannot write the trace file /dev/null/sms.log: Not a directory"));
+  EXPECT_EQ("", Run({"count", "Hello", "--log-file", m_home.Path("deep/er/sms.log")}).err);
+}
+
+TEST(SmsHost, RefusesABadCommandLineWithStatus2) {
+  EXPECT_EQ(2, RunProgram({BuiltProgram("sms-host"), "extra"}).status);
+  EXPECT_EQ(2, RunProgram({BuiltProgram("sms-host"), "--unmasked"}).status);
+  EXPECT_EQ(0, RunProgram({BuiltProgram("sms-host"), "--help"}).status);
+}
+
 struct CountRow {
   const char* name;
   std::string text;
