@@ -63,8 +63,9 @@ void TryRefused(json request, const json& answer) {
   const std::string error = answer["error"];
   if (!request.is_object()) return;
   const std::string field = FirstQuoted(error);
-  Require(!field.empty() || request.contains(""), "a refusal names the field");
+  Require(error.find('"') != std::string::npos, "a refusal names the field");
   json* const owner = OwnerOf(request, field);
+  Require(owner != nullptr || error.find("\" must be a ") == std::string::npos, "a field that is there is named");
   if (owner == nullptr) return;  // a missing one, or the value of "do"
   owner->erase(field);
   const json without = Desk().Ask(request.dump());

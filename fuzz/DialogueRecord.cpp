@@ -17,15 +17,27 @@ using namespace sms_pdu;
 namespace {
 
 const DWORD kStepMs = 10;
-const int kLongEnoughMs = 1 << 30;
 
 bool Equal(const RecordLine& a, const RecordLine& b) {
   return a.milliseconds == b.milliseconds && a.fromModem == b.fromModem && a.bytes == b.bytes;
 }
 
+/// The line octet by octet, as the format has it.
+std::string Written(const RecordLine& line) {
+  const char kDigits[] = "0123456789ABCDEF";
+  const std::string rest = std::to_string(1000 + line.milliseconds % 1000).substr(1);
+  std::string text = std::to_string(line.milliseconds / 1000) + '.' + rest + (line.fromModem ? " < " : " > ");
+  for (const char c : line.bytes) {
+    const auto octet = static_cast<unsigned char>(c);
+    const bool plain = octet >= ' ' && octet <= '~' && octet != '<';
+    text += plain ? std::string(1, c) : std::string("<") + kDigits[octet >> 4] + kDigits[octet & 15] + '>';
+  }
+  return text;
+}
+
 void RequireReadsBack(const RecordLine& line) {
   const std::string text = FormatRecordLine(line);
-  Require(std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; }), "a record is printable");
+  Require(text == Written(line), "a line is written as the format has it");
   RecordLine back;
   Require(ParseRecordLine(text, &back) && Equal(line, back), "a line reads back");
 }
@@ -52,6 +64,9 @@ struct Piece {
   std::string bytes;
 };
 
+/// Of the computer.
+bool EndsLine(char c) { return c == '\r' || c == '\x1A' || c == '\x1B'; }
+
 /// Both sides in turns, the computer first. Its last line ends, for a player waits for whole lines.
 std::vector<Piece> Conversation(const std::string& text) {
   std::vector<Piece> pieces = {{false, ""}};
@@ -62,7 +77,7 @@ std::vector<Piece> Conversation(const std::string& text) {
       continue;
     }
     pieces.back().bytes += c;
-    if (!pieces.back().fromModem) open = c != '\r' && c != '\x1A' && c != '\x1B';
+    if (!pieces.back().fromModem) open = !EndsLine(c);
   }
   if (open) pieces.push_back({false, "\r"});
   return pieces;
@@ -84,10 +99,10 @@ std::vector<std::string> Recorded(const std::vector<Piece>& pieces, bool masked,
   return lines;
 }
 
-std::string SaidBy(bool fromModem, const std::vector<Piece>& pieces) {
-  std::string bytes;
-  for (const Piece& piece : pieces) bytes += piece.fromModem == fromModem ? piece.bytes : "";
-  return bytes;
+/// How much of what the modem has said the computer can have waited for: whole lines, and a prompt.
+std::size_t Heard(const std::string& modem) {
+  const std::size_t lines = modem.rfind('\n') + 1;  // npos + 1 is 0
+  return modem.compare(lines, std::string::npos, "> ") == 0 ? modem.size() : lines;
 }
 
 void RequirePlays(const std::vector<Piece>& pieces, const std::vector<std::string>& record, bool masked) {
@@ -103,13 +118,25 @@ void RequirePlays(const std::vector<Piece>& pieces, const std::vector<std::strin
   const bool loaded = replay.Load(file, &error);
   Require(loaded == (record.size() > 1), "a record loads unless nobody said anything");
   if (!loaded) return;
-  const std::string computer = SaidBy(false, pieces);
+  const int longEnoughMs = static_cast<int>(3 * kStepMs * (pieces.size() + 1));
+  std::string modem;
+  std::string played;
+  bool lineBegins = true;
+  const auto play = [&] {
+    world.Advance(longEnoughMs);
+    played += world.TakeOutput();
+  };
   replay.Start();
-  replay.Receive(computer.data(), computer.size());
-  world.Advance(kLongEnoughMs);
+  for (const Piece& piece : pieces) {
+    if (piece.fromModem) modem += piece.bytes;
+    if (piece.fromModem || piece.bytes.empty()) continue;
+    play();
+    Require(!lineBegins || played.size() >= Heard(modem), "the modem says what the computer waits for");
+    replay.Receive(piece.bytes.data(), piece.bytes.size());
+    lineBegins = EndsLine(piece.bytes.back());
+  }
+  play();
   Require(ends == 1, "a record is played to its end");
-  const std::string modem = SaidBy(true, pieces);
-  const std::string played = world.TakeOutput();
   Require(masked ? played.size() == modem.size() : played == modem, "the modem says what it said");
 }
 

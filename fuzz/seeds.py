@@ -70,7 +70,7 @@ DIALOGUES = [
 
 
 PLAIN, MASKED = 0, 1
-TIME = bytes(4)
+TIME = b"\xff\xff\xff\xff"
 RECORDS = [  # the computer and the modem in turns
     ("send-text", MASKED, ['AT+CMGS="+4917391"\r', "\r\n> ", "Hello 123\x1a", "\r\n+CMGS: 7\r\n\r\nOK\r\n"]),
     ("send-octets", MASKED, ["AT+CMGS=18\r", "\r\n> ", "0001000C91947102000020000005E8329BFD06\x1a", "\r\nOK\r\n"]),
@@ -82,6 +82,9 @@ RECORDS = [  # the computer and the modem in turns
     ("secrets", MASKED, ['AT+CPIN="7391"\r', "OK\r\n", "AT+CGSN\r", "490154203237518\r\n\r\nOK\r\n"]),
     ("page", MASKED, ["", "+CBM: 88\r\n00101234\r\n", "AT\r", "OK\r\n"]),
     ("echo-mixed", PLAIN, ["A", "A", "T\r", "T\r\r\nOK\r\n"]),
+    ("send-two-lines", MASKED,
+     ["AT+CMGS=\"1\"\r", "\r\n> ", "Hello \"12\" 1234\r", "\r\n> ", "world 56\x1a", "\r\nOK\r\n"]),
+    ("send-given-up", PLAIN, ["AT+CMGS=18\r", "\r\n> ", "00\x1bAT\r", "\r\nOK\r\n"]),
     ("half-a-line", PLAIN, ["AT+CMGS=18\r", "> ", "00\x1b", "\r\n+CMT"]),
 ]
 RECORD_LINES = ["1.250 > AT+CSQ<0D>", "1.251 < +CSQ: 20,99<0D><0A>", "0001.000 < <41><3c>", "4294967.295 > ",
@@ -116,7 +119,10 @@ REQUESTS = [
     ("line", '{"do":"line","baud":9600}'),
     ("fault", '{"do":"fault","kind":"hangup","at":"after-octets","ms":50,"every":2,"times":1}'),
     ("fault-none", '{"do":"fault","kind":"none"}'),
+    ("report-wrong-number", '{"do":"report","to":7}'),
+    ("signal-wrong-type", '{"do":"signal","value":"9"}'),
     ("no-request", '{"do":"dance"}'),
+    ("no-name", '{"do":""}'),
     ("no-object", '["do"]'),
     ("no-json", '{"do":'),
     ("rule-drop", "drop,command=+cmgl,times=1"),
