@@ -82,7 +82,11 @@ bool CAtDialogue::RestoreForms(unsigned int limitMs) {
   const CAtCommand command("Q0V1E0S3=13S4=10S5=8");
   m_bOutOfStep = true;
   Begin(State::kReply, command, nullptr);
-  return Send(kBefore + command.Text() + kBehind, command.Shown()) && Await(limitMs).IsOk();
+  if (!Send(kBefore + command.Text() + kBehind, command.Shown())) {
+    return false;
+  }
+  const AtReply reply = Await(limitMs);
+  return reply.final != AtReply::Final::kNoAnswer && reply.final != AtReply::Final::kLineGone;
 }
 
 AtReply CAtDialogue::Converse(const CAtCommand& command, const std::string* octets, unsigned int limitMs) {

@@ -135,6 +135,23 @@ void ChooseIndications(CQuestions& questions, const ModemProfile* profile, bool 
   TraceFault("the modem does not indicate new messages");
 }
 
+/// "002B0034" for "+4".
+bool IsUcs2(const std::string& text) {
+  bool ucs2 = text.size() > 4 && text.size() % 4 == 0;
+  for (std::size_t unit = 0; unit < text.size(); unit += 4) {
+    ucs2 = ucs2 && text.compare(unit, 2, "00") == 0;
+  }
+  return ucs2;
+}
+
+/// The number is written in the character set that is chosen (3GPP TS 27.005, 3.3.1), by another program perhaps.
+std::string AskServiceCentre(CQuestions& questions) {
+  const std::string number = Parameter(questions.AskPatiently("+CSCA?", "+CSCA:"), 0);
+  const bool readable = !IsUcs2(number) || !(questions.Ask("+CSCS=\"GSM\"", "+CSCS:").IsOk() ||
+                                             questions.Ask("+CSCS=\"IRA\"", "+CSCS:").IsOk());
+  return readable ? number : Parameter(questions.Ask("+CSCA?", "+CSCA:"), 0);
+}
+
 bool PrepareMessages(CQuestions& questions, const ModemProfile* profile, bool bBroadcasts, ModemFacts& facts,
                      std::string& error) {
   if (!questions.AskPatiently("+CMGF=0", "+CMGF:").IsOk()) {
@@ -146,7 +163,7 @@ bool PrepareMessages(CQuestions& questions, const ModemProfile* profile, bool bB
   facts.acknowledges = questions.Ask("+CSMS=1", "+CSMS:").IsOk();
   AskMemories(questions, facts);
   AskReceivedMemory(questions, facts);
-  facts.serviceCentre = Parameter(questions.AskPatiently("+CSCA?", "+CSCA:"), 0);
+  facts.serviceCentre = AskServiceCentre(questions);
   ChooseIndications(questions, profile, bBroadcasts, facts);
   if (profile != nullptr && profile->fullNotices != nullptr) {
     questions.Ask(profile->fullNotices, nullptr);

@@ -21,10 +21,12 @@ struct Forms {
   int s3 = '\r';
   int s4 = '\n';
   int s5 = '\b';
+  bool fixed = false;  // refuses to set the last three
 };
 
 void PrintTo(const Forms& forms, std::ostream* out) {
-  *out << "Q" << forms.q << " V" << forms.v << " E" << forms.e << " S3=" << forms.s3 << " S4=" << forms.s4;
+  *out << "Q" << forms.q << " V" << forms.v << " E" << forms.e << " S3=" << forms.s3 << " S4=" << forms.s4
+       << (forms.fixed ? " for good" : "");
 }
 
 /// A line with its forms, in front of a modem that knows the usual ones only.
@@ -109,7 +111,11 @@ private:
       case 'E':
         return &m_forms.e;
       case 'S':
-        return which == 3 ? &m_forms.s3 : which == 4 ? &m_forms.s4 : which == 5 ? &m_forms.s5 : nullptr;
+        return m_forms.fixed ? nullptr
+               : which == 3  ? &m_forms.s3
+               : which == 4  ? &m_forms.s4
+               : which == 5  ? &m_forms.s5
+                             : nullptr;
       default:
         ADD_FAILURE() << "a command that calls or answers: " << name;
         return nullptr;
@@ -152,8 +158,10 @@ protected:
   /// With everything else that may be left beside.
   static std::vector<Forms> All() {
     std::vector<Forms> all;
-    for (int bits = 0; bits < 8; ++bits) {
-      all.push_back({bits & 1, (bits >> 1) & 1, bits >> 2, std::get<0>(GetParam()), std::get<1>(GetParam()), '\b'});
+    const bool usual = GetParam() == Ends('\r', '\n');
+    for (int bits = 0; bits < (usual ? 16 : 8); ++bits) {
+      all.push_back({bits & 1, (bits >> 1) & 1, (bits >> 2) & 1, std::get<0>(GetParam()), std::get<1>(GetParam()), '\b',
+                     (bits & 8) != 0});
     }
     return all;
   }
