@@ -2,7 +2,7 @@
 
 import re
 
-from peers import LONG_TEXT, OTHER_NUMBER, OWN_NUMBER, UNICODE_TEXT, PeerTest, main
+from peers import LONG_TEXT, OTHER_NUMBER, OWN_NUMBER, UNICODE_TEXT, PeerTest, await_that, main
 
 
 class Gammu(PeerTest):
@@ -82,6 +82,15 @@ class Gammu(PeerTest):
 
     def test_ReadsTheOwnNumber(self):
         self.assertIn(f'"{OWN_NUMBER}"', self.gammu("getallmemory ON"))
+
+    def test_ShowsWhatArrivesWhileItWatches(self):
+        printed = self.folder / "gammu.output"
+        self.start_program("gammu", "-c", str(self.config), "monitor")
+        await_that(lambda: "USSD    " in printed.read_text(), "gammu watching")
+        self.modem.deliver(OTHER_NUMBER, "Hello")
+        await_that(lambda: "\nHello\n" in printed.read_text(), "the message shown")
+        self.modem.control("call", **{"from": OTHER_NUMBER})
+        await_that(lambda: f'incoming call from "{OTHER_NUMBER}"' in printed.read_text(), "the call shown")
 
     def test_ReadsServiceCentreAndNetwork(self):
         reply = self.gammu("getsmsc", "networkinfo")
