@@ -128,16 +128,22 @@ std::string MaskedBare(const std::string& text, bool all) {
   for (std::size_t i = 0; i < out.size();) {
     std::size_t end = i;
     while (end < out.size() && IsDigit(out[end])) ++end;
-    if (end - i >= (all ? kNumberDigits : kLongNumber))
+    const bool dialled = all || (i > 0 && out[i - 1] == '+');
+    if (end - i >= (dialled ? kNumberDigits : kLongNumber))
       std::fill_n(out.begin() + static_cast<std::ptrdiff_t>(i), end - i, '0');
     i = end + 1;
   }
   return out;
 }
 
+bool Dials(const std::string& line) {
+  const auto is = [](char c, char upper) { return (c & ~0x20) == upper; };
+  return line.size() > 3 && is(line[0], 'A') && is(line[1], 'T') && is(line[2], 'D');
+}
+
 std::string MaskedCommand(const std::string& line) {
   const bool text = HoldsText(line);
-  const bool secret = line.find("+CPIN=") != std::string::npos;
+  const bool secret = line.find("+CPIN=") != std::string::npos || Dials(line);
   std::string out;
   for (std::size_t i = 0; i <= line.size();) {
     const std::size_t quote = std::min(line.find('"', i), line.size());
@@ -173,7 +179,7 @@ bool AnnouncesText(const std::string& line) {
 
 }  // namespace
 
-std::string CDialogueMask::MaskedModemLine(const std::string& line) {
+std::string CDialogueMask::MaskedModemLine(const std::string& line, const std::string& end) {
   if (m_next == Next::Page) {  // for everybody anyhow
     m_next = Next::Line;
     return line;
@@ -183,8 +189,8 @@ std::string CDialogueMask::MaskedModemLine(const std::string& line) {
     return line;
   }
   if (StartsWith(line, kPrompt)) {
-    m_bPrompt = true;
-    m_next = Next::Text;  // an echo may follow
+    m_bPrompt = line != kPrompt || end.empty();  // a bare one that has ended has been answered before it came
+    m_next = Next::Text;                         // an echo may follow
     return kPrompt + MaskedText(line.substr(kPrompt.size()));
   }
   const bool onlyDigits = std::all_of(line.begin(), line.end(), IsDigit);
@@ -212,7 +218,7 @@ std::string CDialogueMask::Masked(const std::string& bytes, bool fromModem) {
   const std::string line = bytes.substr(0, size);
   const std::string end = bytes.substr(size);
   if (!fromModem) return MaskedComputerLine(line, end) + end;
-  return line.empty() ? bytes : MaskedModemLine(line) + end;
+  return line.empty() ? bytes : MaskedModemLine(line, end) + end;
 }
 
 }  // namespace sms_pdu

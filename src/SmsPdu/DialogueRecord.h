@@ -30,7 +30,7 @@ public:
   std::string Masked(const std::string& bytes, bool fromModem);
 
 private:
-  std::string MaskedModemLine(const std::string& line);
+  std::string MaskedModemLine(const std::string& line, const std::string& end);
   std::string MaskedComputerLine(const std::string& line, const std::string& end);
 
   enum class Next { Line, Text, Page };

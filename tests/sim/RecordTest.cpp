@@ -161,6 +161,10 @@ TEST(DialogueMask, LeavesNoNumberTextOrSecretIn) {
       {"<+CCID: 8949001000000007391\r\n"},
       {"<AT+CPIN=7391\r\r\n"},
       {"<+CSCA: \"+4917391\",145\r\n"},
+      {">ATD+4917391;\r"},
+      {">atd*7391#\r"},
+      {"<ATD+4917391;\r\r\n"},
+      {">AT+CPBW=1,+4917391,145\r"},
   };
   for (const std::vector<std::string>& dialogue : dialogues) {
     const std::string masked = MaskedBy(dialogue);
@@ -168,6 +172,11 @@ TEST(DialogueMask, LeavesNoNumberTextOrSecretIn) {
     EXPECT_EQ(masked.find("Secret"), std::string::npos) << masked;
     EXPECT_EQ(masked.size(), dialogue.back().size() - 1) << masked;
   }
+}
+
+TEST(DialogueMask, KnowsAPromptThatNobodyWaitedFor) {
+  const std::string list = "AT+CMGL=\"ALL\"\r";
+  EXPECT_EQ(MaskedBy({"<> ", ">one\r", ">two\x1A", "<> \r\n", "<+CMGS: 1\r\n", "<OK\r\n", ">" + list}), list);
 }
 
 TEST(DialogueMask, LeavesTheRestReadable) {
