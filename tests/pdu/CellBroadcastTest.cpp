@@ -202,6 +202,16 @@ TEST(CellBroadcast, TheLanguageInFrontComesBackAndIsNoText) {
   }
 }
 
+TEST(CellBroadcast, APageThatEndsInItsLanguageNamesNone) {
+  for (const std::string hex : {"000100321011F23A", "00010032111172"}) {  // "ru" without what stands behind it
+    const std::vector<BYTE> octets = Octets(hex);
+    BroadcastPage page;
+    ASSERT_EQ(DecodePage(octets.data(), octets.size(), &page), PduError::None);
+    EXPECT_STREQ(page.language, "");
+    EXPECT_EQ(page.textLength, 0);
+  }
+}
+
 TEST(CellBroadcast, APageParameterWithoutSenseReadsAsPage1Of1) {
   for (unsigned parameter = 0; parameter < 256; ++parameter) {
     const BYTE octets[] = {0, 0, 0, 0, 1, static_cast<BYTE>(parameter)};

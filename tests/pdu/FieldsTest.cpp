@@ -52,6 +52,7 @@ TEST(Address, IsMadeOfWhatAPersonWrites) {
       {"01721234567", "01721234567", kTonUnknown, PduError::None},
       {"*100#", "*100#", kTonUnknown, PduError::None},
       {"+49 (172) 123-45.67", "+491721234567", kTonInternational, PduError::None},
+      {"0172/1234567", "01721234567", kTonUnknown, PduError::None},
       {"12345678901234567890", "12345678901234567890", kTonUnknown, PduError::None},
       {"+12345678901234567890", "+12345678901234567890", kTonInternational, PduError::None},
       {"123456789012345678901", "", kTonUnknown, PduError::TooLong},
@@ -151,6 +152,16 @@ TEST(Address, AsciiIsCutAndTerminated) {
   EXPECT_STREQ(text, "Ca");
 }
 
+TEST(Address, AsciiHasPrintableCharactersOnly) {
+  Address address;
+  for (const VELK_wchar_t unit : {VELK_wchar_t(0x1F), VELK_wchar_t(0x20), VELK_wchar_t(0x7E), VELK_wchar_t(0x7F)}) {
+    address.text[address.length++] = unit;
+  }
+  char text[33];
+  AddressToAscii(address, text, sizeof text);
+  EXPECT_STREQ(text, "? ~?");
+}
+
 TEST(TimeStamp, EveryFieldAndTheZoneComeBack) {
   const TimeStamp time = Decoded("1120821105050A", true);
   EXPECT_EQ(time.year, 2011);
@@ -188,6 +199,13 @@ TEST(TimeStamp, AMonthHasItsOwnDays) {
   EXPECT_EQ(Decoded("42209200000000", true).day, 29);  // 2024
   EXPECT_EQ(Decoded("32209200000000", false).day, 0);  // 2023
   EXPECT_EQ(Decoded("42401300000000", false).day, 0);  // 31 April
+}
+
+TEST(TimeStamp, ADayEndsBefore24AndAnHourBefore60) {
+  EXPECT_EQ(Decoded("42209232959500", true).second, 59);
+  EXPECT_EQ(Decoded("42209242000000", false).day, 0);
+  EXPECT_EQ(Decoded("42209232069500", false).day, 0);
+  EXPECT_EQ(Decoded("42209232950600", false).day, 0);
 }
 
 TEST(TimeStamp, ADamagedZoneLeavesTheLocalTime) {

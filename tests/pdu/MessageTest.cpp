@@ -1,4 +1,5 @@
 // Headers, content and whole messages, and the limits of each.
+#include "Equal.h"
 #include "PduRows.h"
 #include "Text.h"
 
@@ -131,6 +132,11 @@ TEST(UserDataHeader, TheLastElementOfAKindCounts) {
   ASSERT_TRUE(FindConcatenation(header, &found));
   EXPECT_EQ(found.reference, 9);
   EXPECT_EQ(found.total, 5);
+  AddPorts(&header, {2948, 9200, true});
+  AddPorts(&header, {1, 2, false});
+  Ports ports;
+  ASSERT_TRUE(FindPorts(header, &ports));
+  EXPECT_EQ(ports.destination, 1);
 }
 
 TEST(UserDataHeader, AConcatenationThatMakesNoSenseIsNone) {
@@ -504,6 +510,21 @@ TEST(Tpdu, NothingAtAllIsRefused) {
   unsigned defects = 0;
   EXPECT_EQ(DecodeServiceCentre(nullptr, 0, &address, &consumed, &defects), PduError::Truncated);
   EXPECT_EQ(consumed, 0U);
+}
+
+TEST(Tpdu, ARefusedOneLeavesAFreshValue) {
+  const std::vector<BYTE> deliver = Octets("040B919471214365F70000422021");
+  const std::vector<BYTE> submit = Octets("11070B919471214365F7");
+  const std::vector<BYTE> report = Octets("26070B919471214365F7");
+  Deliver delivered;
+  Submit submitted;
+  StatusReport reported;
+  EXPECT_EQ(DecodeDeliver(deliver.data(), deliver.size(), &delivered), PduError::Truncated);
+  EXPECT_EQ(DecodeSubmit(submit.data(), submit.size(), &submitted), PduError::Truncated);
+  EXPECT_EQ(DecodeStatusReport(report.data(), report.size(), &reported), PduError::Truncated);
+  EXPECT_TRUE(fuzz::Equal(delivered, Deliver()));
+  EXPECT_TRUE(fuzz::Equal(submitted, Submit()));
+  EXPECT_TRUE(fuzz::Equal(reported, StatusReport()));
 }
 
 TEST(Tpdu, HugeInputIsReadAsFarAsAMessageGoes) {
