@@ -247,6 +247,8 @@ public:
     m_modem.Stop();
   }
 
+  void Drip() { m_line->Drip(); }
+
   void PlayFile(const std::filesystem::path& path) {
     std::ifstream file(path);
     ASSERT_TRUE(file) << path;
@@ -409,6 +411,18 @@ TEST_P(Dialogue, GoesAsWritten) {
   }
 }
 
+/// A reply may be cut anywhere.
+class DrippedDialogue : public testing::TestWithParam<std::string> {};
+
+TEST_P(DrippedDialogue, GoesAsWritten) {
+  CPlayer player;
+  player.Drip();
+  player.PlayFile(GetParam());
+  if (!HasFailure()) {
+    player.ExpectNothingMore();
+  }
+}
+
 std::string TestName(const testing::TestParamInfo<std::string>& info) {
   std::string name = std::filesystem::path(info.param).stem();
   std::replace(name.begin(), name.end(), '-', '_');
@@ -417,5 +431,6 @@ std::string TestName(const testing::TestParamInfo<std::string>& info) {
 
 INSTANTIATE_TEST_SUITE_P(Modem, Dialogue, testing::ValuesIn(DialoguesOf(MODEM_DIALOGUES)), TestName);
 INSTANTIATE_TEST_SUITE_P(Maker, Dialogue, testing::ValuesIn(DialoguesOf(MAKER_DIALOGUES)), TestName);
+INSTANTIATE_TEST_SUITE_P(Maker, DrippedDialogue, testing::ValuesIn(DialoguesOf(MAKER_DIALOGUES)), TestName);
 
 }  // namespace

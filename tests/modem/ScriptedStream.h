@@ -4,6 +4,7 @@
 #include "Await.h"
 #include "ByteStream.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <memory>
@@ -39,6 +40,10 @@ public:
   /// The modem gives back what it gets until ATE0 is answered.
   void Echo() {
     m_monitor.Locked([&] { m_bEcho = true; });
+  }
+  /// The driver reads octet by octet, as on a slow line.
+  void Drip() {
+    m_monitor.Locked([&] { m_bDrip = true; });
   }
   /// The line breaks, as when the modem is unplugged.
   void HangUp() {
@@ -93,11 +98,11 @@ private:
       while (!m_line->m_monitor.Await([&] { return !state.open || !state.toHost.empty(); })) {
       }
       return m_line->m_monitor.Locked([&] {
-        bytes += state.toHost;
-        const bool some = !state.toHost.empty();
+        const std::size_t count = m_line->m_bDrip ? std::min<std::size_t>(state.toHost.size(), 1) : state.toHost.size();
+        bytes.append(state.toHost, 0, count);
         state.reading = false;
-        state.toHost.clear();
-        return some;
+        state.toHost.erase(0, count);
+        return count > 0;
       });
     }
     bool Write(const std::string& bytes) override {
@@ -143,4 +148,5 @@ private:
   std::map<std::string, std::string> m_answers;
   std::map<std::string, std::deque<std::string>> m_once;
   bool m_bEcho = false;
+  bool m_bDrip = false;
 };
