@@ -79,6 +79,22 @@ bool IsFree(const std::string& path, std::string& error) {
   return !holder;
 }
 
+/// @param before  out: what is set on it; nothing when it is no terminal.
+/// @return invalid: it cannot be opened, or is no modem's port.
+CDescriptor OpenDevice(const std::string& path, std::optional<termios>& before, std::string& error) {
+  CDescriptor port(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  termios settings;
+  const bool terminal = port.IsValid() && tcgetattr(port.Get(), &settings) == 0;
+  const int code = errno;
+  if (terminal) {
+    before = settings;
+  } else if (!port.IsValid() || !IsWwanPort(path)) {
+    error = OpenError(path, code);
+    return CDescriptor();
+  }
+  return port;
+}
+
 /// @return false: somebody else has a lock.
 bool TakeLocks(int port, const std::string& path, const SerialSettings& settings, std::unique_ptr<CPortLock>& lock,
                std::string& error) {
@@ -111,30 +127,20 @@ std::unique_ptr<CSerialPort> CSerialPort::Open(const std::string& path, std::str
   if (!IsFree(path, error)) {
     return nullptr;
   }
-  CDescriptor port(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-  if (!port.IsValid()) {
-    error = OpenError(path, errno);
-    return nullptr;
-  }
-  termios before;
-  const bool terminal = tcgetattr(port.Get(), &before) == 0;
-  if (!terminal && !IsWwanPort(path)) {
-    error = OpenError(path, errno);
-    return nullptr;
-  }
+  std::optional<termios> before;
+  CDescriptor port = OpenDevice(path, before, error);
   std::unique_ptr<CPortLock> lock;
-  if (!TakeLocks(port.Get(), path, settings, lock, error)) {
+  if (!port.IsValid() || !TakeLocks(port.Get(), path, settings, lock, error)) {
     return nullptr;
   }
   CDescriptor wake = MakeWake();
-  if (!wake.IsValid() || (terminal && !MakeRaw(port.Get(), settings.baud, before))) {
+  if (!wake.IsValid() || (before && !MakeRaw(port.Get(), settings.baud, *before))) {
     error = OpenError(path, errno);
     return nullptr;
   }
   ioctl(port.Get(), TIOCEXCL);
   tcflush(port.Get(), TCIOFLUSH);
-  const auto kept = terminal ? std::optional<termios>(before) : std::nullopt;
-  return std::unique_ptr<CSerialPort>(new CSerialPort(std::move(port), std::move(wake), std::move(lock), kept));
+  return std::unique_ptr<CSerialPort>(new CSerialPort(std::move(port), std::move(wake), std::move(lock), before));
 }
 
 CSerialPort::CSerialPort(CDescriptor line, CDescriptor wake, std::unique_ptr<CPortLock> lock,
