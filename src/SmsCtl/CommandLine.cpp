@@ -98,7 +98,10 @@ void CCommandLine::AddText(CLI::App* command) {
 }
 
 void CCommandLine::AddId(CLI::App* command) {
-  command->add_option("id", m_id, "identifier of the message, as listed")->required()->type_name("ID");
+  command->add_option("id", m_id, "identifier of the message, as listed")
+      ->required()
+      ->type_name("ID")
+      ->check(CLI::Range(0L, 0xFFFFFFFFL));
 }
 
 void CCommandLine::AddStore(CLI::App* command) {

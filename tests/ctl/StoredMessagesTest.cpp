@@ -81,6 +81,7 @@ TEST_F(StoredMessages, FailsWithOneLineWhenTheDatabaseCannotBeUsed) {
 
 TEST_F(StoredMessages, RefusesIdentifiersBoxesAndStoresThatDoNotExist) {
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"show", "abc"},
+                                                    {"show", "99999999999999999999"},
                                                     {"show"},
                                                     {"list", "--box", "nowhere"},
                                                     {"list", "--store", "moon"},
