@@ -1,6 +1,7 @@
 // Cell-broadcast pages of GSM, and messages of UMTS.
 #include "CellBroadcast.h"
 
+#include "Equal.h"
 #include "Property.h"
 
 #include <algorithm>
@@ -12,9 +13,9 @@ namespace {
 
 bool Equal(const BroadcastPage& a, const BroadcastPage& b) {
   return a.serial == b.serial && a.messageId == b.messageId && a.dcs == b.dcs && a.page == b.page &&
-         a.pages == b.pages && std::equal(a.language, a.language + 3, b.language) && a.textLength == b.textLength &&
-         a.octetCount == b.octetCount && std::equal(a.text, a.text + a.textLength, b.text) &&
-         std::equal(a.octets, a.octets + a.octetCount, b.octets);
+         a.pages == b.pages && fuzz::Equal(a.header, b.header) && std::equal(a.language, a.language + 3, b.language) &&
+         a.textLength == b.textLength && a.octetCount == b.octetCount &&
+         std::equal(a.text, a.text + a.textLength, b.text) && std::equal(a.octets, a.octets + a.octetCount, b.octets);
 }
 
 void RequireComesBack(const BroadcastPage& page, std::size_t capacity) {

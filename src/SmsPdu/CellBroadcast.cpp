@@ -1,6 +1,7 @@
 // Cell-broadcast pages.
 #include "CellBroadcast.h"
 
+#include "Fields.h"
 #include "Octets.h"
 #include "Septets.h"
 
@@ -36,13 +37,26 @@ BYTE LanguageSeptet(const BroadcastPage& page, std::size_t index) {
 
 bool HoldsOctets(const PageCoding& coding) { return coding.coding == Coding::Octets || coding.compressed; }
 
-void ReadGsm7(const BYTE* octets, std::size_t size, bool languageInFront, BroadcastPage* out) {
-  BYTE septets[kPageUnits + 1];
-  const std::size_t count = std::min(size * 8 / 7, kPageUnits);
-  UnpackSeptets(octets, size, 0, septets, count);
+/// @return octets of the header with its length octet; one that runs past the page is none.
+std::size_t ReadHeader(const BYTE* octets, std::size_t size, UserDataHeader* out) {
+  if (size == 0) return 0;
+  if (octets[0] < size) out->length = octets[0];
+  std::copy_n(octets + 1, out->length, out->octets);
+  return out->length + 1U;
+}
+
+/// @param headerSize  octets in front that are no text.
+void ReadGsm7(const BYTE* octets, std::size_t size, std::size_t headerSize, bool languageInFront, BroadcastPage* out) {
+  const std::size_t before = HeaderSeptets(headerSize);
+  const std::size_t all = std::min(size * 8 / 7, kPageUnits);
+  if (all <= before) return;
+  BYTE septets[kPageUnits];
+  const std::size_t count = all - before;
+  UnpackSeptets(octets + headerSize, size - headerSize, FillBits(headerSize), septets, count);
   const std::size_t front = languageInFront ? std::min(count, kLanguageSeptets) : 0;
   if (front == kLanguageSeptets) SetLanguage(septets[0], septets[1], out);
-  out->textLength = static_cast<BYTE>(SeptetsToText(septets + front, count - front, SMS_NLI(), out->text));
+  out->textLength =
+      static_cast<BYTE>(SeptetsToText(septets + front, count - front, FindTables(out->header), out->text));
 }
 
 void ReadUcs2(const BYTE* octets, std::size_t size, bool languageInFront, BroadcastPage* out) {
@@ -64,60 +78,71 @@ void LeaveOutFill(BroadcastPage* out) {
 void ReadContent(const BYTE* octets, std::size_t size, BroadcastPage* out) {
   const PageCoding coding = ParsePageCoding(out->dcs);
   std::memcpy(out->language, coding.language, std::strlen(coding.language));
+  const std::size_t headerSize = coding.headerInFront ? ReadHeader(octets, size, &out->header) : 0;
   if (HoldsOctets(coding)) {
-    out->octetCount = static_cast<BYTE>(size);
-    std::copy_n(octets, size, out->octets);
+    out->octetCount = static_cast<BYTE>(size - headerSize);
+    std::copy_n(octets + headerSize, out->octetCount, out->octets);
     return;
   }
   if (coding.coding == Coding::Ucs2) {
-    ReadUcs2(octets, size, coding.languageInFront, out);
+    ReadUcs2(octets + headerSize, size - headerSize, coding.languageInFront, out);
   } else {
-    ReadGsm7(octets, size, coding.languageInFront, out);
+    ReadGsm7(octets, size, headerSize, coding.languageInFront, out);
   }
   LeaveOutFill(out);
 }
 
-PduError WriteGsm7(COctetWriter& writer, const BroadcastPage& page, bool languageInFront) {
+PduError WriteGsm7(COctetWriter& writer, const BroadcastPage& page, std::size_t headerSize, bool languageInFront) {
   const BYTE kFillSeptet = '\r';
   BYTE septets[kPageUnits];
   std::fill_n(septets, kPageUnits, kFillSeptet);
   const std::size_t front = languageInFront ? kLanguageSeptets : 0;
   for (std::size_t i = 0; front != 0 && i < 2; ++i) septets[i] = LanguageSeptet(page, i);
+  const std::size_t units = kPageUnits - std::min(kPageUnits, HeaderSeptets(headerSize));
+  const SMS_NLI tables = headerSize != 0 ? FindTables(page.header) : SMS_NLI();
   std::size_t count = 0;
-  const PduError error =
-      TextToSeptets(page.text, page.textLength, SMS_NLI(), septets + front, kPageUnits - front, &count);
+  const PduError error = TextToSeptets(page.text, page.textLength, tables, septets + front, units - front, &count);
   if (error != PduError::None) return error;
-  if (BYTE* const room = writer.Room(kPageContentOctets)) PackSeptets(septets, kPageUnits, 0, room);
+  BYTE* const room = writer.Room(kPageContentOctets - headerSize);
+  if (room && headerSize < kPageContentOctets) PackSeptets(septets, units, FillBits(headerSize), room);
   return PduError::None;
 }
 
-PduError WriteUcs2(COctetWriter& writer, const BroadcastPage& page, bool languageInFront) {
-  const std::size_t front = languageInFront ? kLanguageOctets : 0;
-  const std::size_t room = (kPageContentOctets - front) / 2;
-  if (page.textLength > room) return PduError::TooLong;
+PduError WriteUcs2(COctetWriter& writer, const BroadcastPage& page, std::size_t headerSize, bool languageInFront) {
+  const std::size_t room = kPageContentOctets - headerSize - (languageInFront ? kLanguageOctets : 0);
+  if (page.textLength > room / 2) return PduError::TooLong;
   if (languageInFront) {
     const BYTE letters[] = {LanguageSeptet(page, 0), LanguageSeptet(page, 1)};
     BYTE packed[kLanguageOctets];
     PackSeptets(letters, 2, 0, packed);
     writer.Put(packed, sizeof packed);
   }
-  for (std::size_t i = 0; i < room; ++i) {
+  for (std::size_t i = 0; i < room / 2; ++i) {
     const VELK_wchar_t unit = i < page.textLength ? page.text[i] : kFill;
     writer.Put(static_cast<BYTE>(unit >> 8));
     writer.Put(static_cast<BYTE>(unit & 0xFF));
   }
+  if (room % 2 != 0) writer.Put(0);
   return PduError::None;
 }
 
 PduError WriteContent(COctetWriter& writer, const BroadcastPage& page) {
-  if (page.textLength > kPageUnits || page.octetCount > kPageContentOctets) return PduError::TooLong;
   const PageCoding coding = ParsePageCoding(page.dcs);
+  const std::size_t headerSize = coding.headerInFront ? page.header.length + 1U : 0;
+  if (page.textLength > kPageUnits || headerSize > kPageContentOctets ||
+      page.octetCount > kPageContentOctets - headerSize) {
+    return PduError::TooLong;
+  }
+  if (coding.headerInFront) {
+    writer.Put(page.header.length);
+    writer.Put(page.header.octets, page.header.length);
+  }
   if (HoldsOctets(coding)) {
     writer.Put(page.octets, page.octetCount);
     return PduError::None;
   }
-  return coding.coding == Coding::Ucs2 ? WriteUcs2(writer, page, coding.languageInFront)
-                                       : WriteGsm7(writer, page, coding.languageInFront);
+  return coding.coding == Coding::Ucs2 ? WriteUcs2(writer, page, headerSize, coding.languageInFront)
+                                       : WriteGsm7(writer, page, headerSize, coding.languageInFront);
 }
 
 }  // namespace
@@ -137,6 +162,7 @@ PageCoding ParsePageCoding(BYTE dcs) {
     const DataCoding general = ParseDataCoding(static_cast<BYTE>(dcs & 0x1F));  // the same bits as in a message
     result.coding = general.coding;
     result.compressed = group == 6 || group == 7;
+    result.headerInFront = group == 9;
     result.messageClass = general.messageClass;
   }
   if (group == 0xF) {

@@ -3,6 +3,7 @@
 
 #include "DataCoding.h"
 #include "PduResult.h"
+#include "UserDataHeader.h"
 #include "VelkTypes.h"
 
 #include <cstddef>
@@ -20,6 +21,7 @@ struct PageCoding {
   std::int8_t messageClass = -1;  // 0..3, or -1: none
   bool compressed = false;
   bool languageInFront = false;  // the content begins with the name of its language
+  bool headerInFront = false;    // the content begins with a user data header
   const char* language = "";     // ISO 639, static; empty: unspecified, or in front of the content
 };
 
@@ -34,6 +36,7 @@ struct BroadcastPage {
   BYTE page = 1;                           // 1..pages; a parameter that makes no sense reads as page 1 of 1
   BYTE pages = 1;                          // 1..15
   char language[3] = {};                   // two letters, or empty
+  UserDataHeader header;                   // where the coding has one; its tables are those of the text
   BYTE textLength = 0;                     // units of text
   BYTE octetCount = 0;                     // octets
   VELK_wchar_t text[kPageUnits + 1] = {};  // zero-terminated

@@ -18,6 +18,12 @@ PduError WriteAddress(COctetWriter& writer, const Address& address);
 PduError ReadTimeStamp(COctetReader& reader, TimeStamp* out, unsigned* defects);
 void WriteTimeStamp(COctetWriter& writer, const TimeStamp& time);
 
+/// Septets that so many header octets take, and the bits that fill the last one up.
+constexpr std::size_t HeaderSeptets(std::size_t headerSize) { return (headerSize * 8 + 6) / 7; }
+constexpr unsigned FillBits(std::size_t headerSize) {
+  return static_cast<unsigned>(HeaderSeptets(headerSize) * 7 - headerSize * 8);
+}
+
 /// TP-UDL and TP-UD, coded as out->dcs says.
 PduError ReadUserData(COctetReader& reader, bool hasHeader, UserData* out, unsigned* defects);
 PduError WriteUserData(COctetWriter& writer, const UserData& userData);

@@ -11,13 +11,6 @@ namespace {
 /// Octets of the header with its length octet; none when there is no header.
 std::size_t HeaderSize(const UserDataHeader& header) { return header.length == 0 ? 0 : header.length + 1U; }
 
-/// Septets that so many header octets take, fill bits included.
-std::size_t HeaderSeptets(std::size_t headerSize) { return (headerSize * 8 + 6) / 7; }
-
-unsigned FillBits(std::size_t headerSize) {
-  return static_cast<unsigned>(HeaderSeptets(headerSize) * 7 - headerSize * 8);
-}
-
 bool CountsSeptets(const DataCoding& coding) { return coding.coding == Coding::Gsm7 && !coding.compressed; }
 bool HoldsUcs2(const DataCoding& coding) { return coding.coding == Coding::Ucs2 && !coding.compressed; }
 

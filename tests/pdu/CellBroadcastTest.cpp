@@ -41,6 +41,7 @@ json Describe(const BroadcastPage& page) {
   json out = {{"serial", page.serial}, {"id", page.messageId}, {"dcs", page.dcs},
               {"page", page.page},     {"pages", page.pages},  {"language", page.language}};
   if (coding.messageClass >= 0) out["class"] = coding.messageClass;
+  if (page.header.length != 0) out["header"] = Hex(page.header.octets, page.header.length);
   out[coding.coding == Coding::Octets || coding.compressed ? "data" : "text"] = ContentOf(page);
   return out;
 }
@@ -202,6 +203,48 @@ TEST(CellBroadcast, TheLanguageInFrontComesBackAndIsNoText) {
   }
 }
 
+TEST(CellBroadcast, TheHeaderInFrontComesBackAndIsNoContent) {
+  const std::vector<BYTE> octets = Octets("00010032901103240101086FE6");
+  BroadcastPage page;
+  ASSERT_EQ(DecodePage(octets.data(), octets.size(), &page), PduError::None);
+  EXPECT_EQ(Describe(page)["header"], "240101");
+  EXPECT_EQ(Describe(page)["text"], "a\u015F");  // of the Turkish table
+  EXPECT_EQ(Again(page), Describe(page));
+  for (const BYTE dcs : {BYTE(0x92), BYTE(0x95), BYTE(0x98)}) {  // GSM 7-bit, octets, UCS-2
+    for (std::size_t length = 2; length < kPageContentOctets; ++length) {
+      const BYTE data[kPageContentOctets] = {1, 2, 3};
+      BroadcastPage made = Page(dcs, u"");
+      ASSERT_TRUE(AddElement(&made.header, 0x70, data, length - 2));
+      EXPECT_EQ(Again(made)["header"], Hex(made.header.octets, length)) << length;
+      EXPECT_EQ(Again(made), Describe(made)) << length;
+    }
+  }
+}
+
+TEST(CellBroadcast, AHeaderTakesItsRoomOfAPage) {
+  BroadcastPage page = Page(0x90, VELK_wstring(86, u'a'));  // 6 octets are 7 characters
+  ASSERT_TRUE(AddConcatenation(&page.header, {7, 2, 1, false}));
+  EXPECT_EQ(Again(page), Describe(page));
+  page.text[page.textLength++] = u'a';
+  EXPECT_EQ(TryEncode(page), PduError::TooLong);
+  page = Page(0x98, VELK_wstring(38, u'\u0416'));
+  ASSERT_TRUE(AddConcatenation(&page.header, {7, 2, 1, false}));
+  EXPECT_EQ(Again(page), Describe(page));
+  page.text[page.textLength++] = u'\u0416';
+  EXPECT_EQ(TryEncode(page), PduError::TooLong);
+  page = Page(0x94, u"");
+  page.header.length = kPageContentOctets;
+  EXPECT_EQ(TryEncode(page), PduError::TooLong);
+}
+
+TEST(CellBroadcast, AHeaderBeyondThePageIsNone) {
+  const std::vector<BYTE> octets = Octets("00010032941104AABBCC");
+  BroadcastPage page;
+  ASSERT_EQ(DecodePage(octets.data(), octets.size(), &page), PduError::None);
+  EXPECT_EQ(page.header.length, 0);
+  EXPECT_EQ(Describe(page)["data"], "AABBCC");
+}
+
 TEST(CellBroadcast, APageThatEndsInItsLanguageNamesNone) {
   for (const std::string hex : {"000100321011F23A", "00010032111172"}) {  // "ru" without what stands behind it
     const std::vector<BYTE> octets = Octets(hex);
@@ -233,6 +276,7 @@ TEST(CellBroadcast, EveryDataCodingSchemeReadsAsTheStandardHasIt) {
     EXPECT_EQ(coding.coding, octets ? Coding::Octets : ucs2 ? Coding::Ucs2 : Coding::Gsm7) << dcs;
     EXPECT_EQ(coding.compressed, group == 6 || group == 7) << dcs;
     EXPECT_EQ(coding.languageInFront, dcs == 0x10 || dcs == 0x11) << dcs;
+    EXPECT_EQ(coding.headerInFront, group == 9) << dcs;
     const bool classed = group == 5 || group == 7 || group == 9 || (group == 15 && (dcs & 3) != 0);
     EXPECT_EQ(coding.messageClass, classed ? static_cast<int>(dcs & 3) : -1) << dcs;
   }
