@@ -75,9 +75,9 @@ AtReply CAtDialogue::RunOnce(const CAtCommand& command, const std::string* octet
 }
 
 bool CAtDialogue::RestoreForms(unsigned int limitMs) {
-  // S3 may be either of two; a half line in front, also our own, ends at the first ones
+  // S3 may be either of two; a half line in front, also our own, ends at the first ones. Some refuse the whole line
   static const char kBefore[] = "\x1B\n\r";
-  static const char kBehind[] = "\r\n";
+  static const char kBehind[] = "\r\nATQ0V1E0\r\n";
   const CTurn turn(m_turn);
   const CAtCommand command("Q0V1E0S3=13S4=10S5=8");
   m_bOutOfStep = true;

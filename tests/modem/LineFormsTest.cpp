@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cctype>
 #include <future>
 #include <ostream>
@@ -21,7 +22,7 @@ struct Forms {
   int s3 = '\r';
   int s4 = '\n';
   int s5 = '\b';
-  bool fixed = false;  // refuses to set the last three
+  bool fixed = false;  // refuses a line that sets the last three
 };
 
 void PrintTo(const Forms& forms, std::ostream* out) {
@@ -32,11 +33,15 @@ void PrintTo(const Forms& forms, std::ostream* out) {
 /// A line with its forms, in front of a modem that knows the usual ones only.
 class CFormedLine : public modem::IByteStream {
 public:
-  CFormedLine(CScriptedModem& modem, Forms& forms) : m_forms(forms), m_modem(modem.Open()) {}
+  /// @param idle  kept true while the driver waits for octets and there are none.
+  CFormedLine(CScriptedModem& modem, Forms& forms, std::atomic<bool>& idle)
+      : m_forms(forms), m_idle(idle), m_modem(modem.Open()) {}
 
   bool Read(std::string& bytes) override {
+    m_monitor.Locked([this] { m_idle = m_strToHost.empty(); });
     m_monitor.Await([this] { return m_bClosed || !m_strToHost.empty(); }, 24 * 3600 * 1000);
     return m_monitor.Locked([&] {
+      m_idle = false;
       bytes += m_strToHost;
       m_strToHost.clear();
       return !m_bClosed;
@@ -47,6 +52,7 @@ public:
       for (const char octet : bytes) {
         TakeLocked(octet);
       }
+      m_idle = m_idle && m_strToHost.empty();
     });
     return true;
   }
@@ -83,6 +89,9 @@ private:
     }
   }
   bool SetLocked(const std::string& line) {
+    if (m_forms.fixed && line.find('S') != std::string::npos) {
+      return false;
+    }
     std::size_t at = 2;
     const auto number = [&] {
       int value = 0;
@@ -111,11 +120,7 @@ private:
       case 'E':
         return &m_forms.e;
       case 'S':
-        return m_forms.fixed ? nullptr
-               : which == 3  ? &m_forms.s3
-               : which == 4  ? &m_forms.s4
-               : which == 5  ? &m_forms.s5
-                             : nullptr;
+        return which == 3 ? &m_forms.s3 : which == 4 ? &m_forms.s4 : which == 5 ? &m_forms.s5 : nullptr;
       default:
         ADD_FAILURE() << "a command that calls or answers: " << name;
         return nullptr;
@@ -135,6 +140,7 @@ private:
   }
 
   Forms& m_forms;
+  std::atomic<bool>& m_idle;
   const std::unique_ptr<modem::IByteStream> m_modem;
   CMonitor m_monitor;
   std::string m_strPending;
@@ -147,11 +153,11 @@ typedef std::tuple<int, int> Ends;
 
 class LineForms : public testing::TestWithParam<Ends> {
 protected:
-  /// Waits for the end of what is under way; time goes on.
+  /// Waits for the end of what is under way; time goes on while nothing else does.
   template <class Result>
   Result Outcome(std::future<Result> running) {
     while (running.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
-      m_clock.Advance(100);
+      m_clock.Advance(m_idle ? 100 : 0);
     }
     return running.get();
   }
@@ -169,12 +175,13 @@ protected:
   const CTempHome m_home;
   JManualClock m_clock;
   CScriptedModem m_script;
+  std::atomic<bool> m_idle{false};
 };
 
 TEST_P(LineForms, AreUndoneByTheStart) {
   for (Forms forms : All()) {
     SCOPED_TRACE(testing::PrintToString(forms));
-    modem::CModem modem([&](std::string&) { return std::make_unique<CFormedLine>(m_script, forms); });
+    modem::CModem modem([&](std::string&) { return std::make_unique<CFormedLine>(m_script, forms, m_idle); });
     std::string error;
     EXPECT_TRUE(Outcome(std::async(std::launch::async, [&] { return modem.Start(error); }))) << error;
     const modem::ModemFacts facts = modem.Facts();
@@ -190,7 +197,9 @@ TEST_P(LineForms, AreUndoneByTheStart) {
 TEST_P(LineForms, HideNoModemFromTheSearch) {
   for (Forms forms : All()) {
     SCOPED_TRACE(testing::PrintToString(forms));
-    const auto open = [&](const std::string&, std::string&) { return std::make_unique<CFormedLine>(m_script, forms); };
+    const auto open = [&](const std::string&, std::string&) {
+      return std::make_unique<CFormedLine>(m_script, forms, m_idle);
+    };
     const modem::PortAnswer answer =
         Outcome(std::async(std::launch::async, [&] { return modem::ProbePort("port", open); }));
     EXPECT_EQ(FoundPort::State::kAnswers, answer.state);
