@@ -133,6 +133,12 @@ TEST(DialogueMask, KeepsAPduAPduOfTheSameLength) {
   const std::string received = "0791947101670000040C919471020000200000425060708090800161";
   EXPECT_EQ(MaskedBy({"<+CMT: ,20\r\n", "<" + received + "\r\n"}),
             "0791000000000000040C910000000000000000425060708090800178\r\n");
+  const std::string bracket = "0004089194710000000042506070809000021B1E";  // two septets
+  EXPECT_EQ(MaskedBy({"<+CMT: ,19\r\n", "<" + bracket + "\r\n"}), "0004089100000000000042506070809000029B32\r\n");
+}
+
+TEST(DialogueMask, CountsWhatIsBeyondAsciiAsLetters) {
+  EXPECT_EQ(MaskedBy({"<> ", ">\xC3\xA9t\xE9!\x1A"}), "xxxx!\x1A");
 }
 
 TEST(DialogueMask, LeavesNoNumberTextOrSecretIn) {
@@ -156,7 +162,15 @@ TEST(DialogueMask, LeavesNoNumberTextOrSecretIn) {
       {"<+CMGL: 1,\"REC READ\",\"1\"\r\n", "<Secret 7391\r\n"},
       {"<+CNUM: \"Secret\",\"+4917391\",145\r\n"},
       {"<+CUSD: 0,\"Secret 7391\",15\r\n"},
+      {"<+CUSD: 0,\"Secret\",15\r\n"},
       {"<+CLIP: \"7391\",129\r\n"},
+      {"<+CLIP: \"1\",129,,,\"Secret\"\r\n"},
+      {"<+CMGL: 1,\"REC READ\",\"Secret\"\r\n"},
+      {">AT+CPWD=\"SC\",\"Secret\",\"x\"\r"},
+      {"<+CDS: 6,7,\"1\"\r\n", "<Secret\r\n"},
+      {"<+CDS: 25\r\n", "<000607089194739100425060708090004250608180900000\r\n"},
+      {"<+CMGR: 0,,30\r\n", "<0006070891940000004250607080900042506081809000000604027391\r\n"},
+      {"<+CMT: ,19\r\n", "<0004089194000000000442506070809000027391\r\n"},
       {"<001010123457391\r\n"},
       {"<+CCID: 8949001000000007391\r\n"},
       {"<AT+CPIN=7391\r\r\n"},
