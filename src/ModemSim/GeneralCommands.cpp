@@ -1,9 +1,8 @@
-// Commands of ITU-T V.250 and 3GPP TS 27.007: the dialogue itself, identity, card, registration.
+// Commands of 3GPP TS 27.007: identity, card, registration.
 #include "ErrorCodes.h"
 #include "SimulatedModem.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace modem_sim {
 namespace {
@@ -16,22 +15,7 @@ const char kOperatorNumber[] = "00101";
 
 const int kOnlyFormat = 3;  // <mode> of +COPS
 
-/// ITU-T V.250, 6.2 and 6.3.
-struct RegisterRange {
-  std::size_t place;
-  int lowest;
-  int highest;
-  int initial;
-};
-const RegisterRange kRegisters[] = {{0, 0, 255, 0}, {3, 0, 127, '\r'}, {4, 0, 127, '\n'}, {5, 0, 127, '\b'},
-                                    {6, 2, 10, 2},  {7, 1, 255, 60},   {8, 0, 255, 2},    {10, 1, 254, 2}};
-
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }
-
-std::string ThreeDigits(int number) {
-  const std::string digits = std::to_string(number);
-  return std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
-}
 
 /// Some programs leave the quotation marks out.
 std::string WithQuotes(const std::string& values) {
@@ -48,100 +32,16 @@ bool Known(const AtCommand& command, const char* name) { return command.name == 
 const std::vector<CSimulatedModem::Entry>& CSimulatedModem::GeneralCommands() {
   typedef CSimulatedModem M;
   static const std::vector<Entry> kCommands = {
-      {"E", &M::OnEcho},
-      {"Q", &M::OnQuiet},
-      {"V", &M::OnVerbose},
-      {"Z", &M::OnReset},
-      {"&F", &M::OnReset},
-      {"&C", &M::OnIgnored},
-      {"&D", &M::OnIgnored},
-      {"&K", &M::OnIgnored},
-      {"&V", &M::OnShowSettings},
-      {"&W", &M::OnIgnored},
-      {"X", &M::OnIgnored},
-      {"L", &M::OnIgnored},
-      {"M", &M::OnIgnored},
-      {"H", &M::OnHangUpCall},
-      {"+CHUP", &M::OnHangUpCall},
-      {"I", &M::OnIdentity},
-      {"+CGMI", &M::OnIdentity},
-      {"+GMI", &M::OnIdentity},
-      {"+CGMM", &M::OnIdentity},
-      {"+GMM", &M::OnIdentity},
-      {"+CGMR", &M::OnIdentity},
-      {"+GMR", &M::OnIdentity},
-      {"+CGSN", &M::OnSerialNumber},
-      {"+GSN", &M::OnSerialNumber},
-      {"+GCAP", &M::OnCapabilities},
-      {"+CIMI", &M::OnSubscriber},
-      {"+CNUM", &M::OnOwnNumber},
-      {"+CPIN", &M::OnPin},
-      {"+CSQ", &M::OnSignal},
-      {"+CPAS", &M::OnActivity},
-      {"+CFUN", &M::OnFunctionality},
-      {"+CREG", &M::OnRegistration},
-      {"+CGREG", &M::OnRegistration},
-      {"+CEREG", &M::OnRegistration},
-      {"+COPS", &M::OnOperator},
-      {"+CGATT", &M::OnAttachment},
-      {"+CSCS", &M::OnCharacterSet},
-      {"+CLAC", &M::OnListCommands},
-      {"+WS46", &M::OnNetworkKind},
-      {"S0", &M::OnRegister},
-      {"S3", &M::OnRegister},
-      {"S4", &M::OnRegister},
-      {"S5", &M::OnRegister},
-      {"S6", &M::OnRegister},
-      {"S7", &M::OnRegister},
-      {"S8", &M::OnRegister},
-      {"S10", &M::OnRegister},
+      {"I", &M::OnIdentity},          {"+CGMI", &M::OnIdentity},     {"+GMI", &M::OnIdentity},
+      {"+CGMM", &M::OnIdentity},      {"+GMM", &M::OnIdentity},      {"+CGMR", &M::OnIdentity},
+      {"+GMR", &M::OnIdentity},       {"+CGSN", &M::OnSerialNumber}, {"+GSN", &M::OnSerialNumber},
+      {"+GCAP", &M::OnCapabilities},  {"+CIMI", &M::OnSubscriber},   {"+CNUM", &M::OnOwnNumber},
+      {"+CPIN", &M::OnPin},           {"+CSQ", &M::OnSignal},        {"+CPAS", &M::OnActivity},
+      {"+CFUN", &M::OnFunctionality}, {"+CREG", &M::OnRegistration}, {"+CGREG", &M::OnRegistration},
+      {"+CEREG", &M::OnRegistration}, {"+COPS", &M::OnOperator},     {"+CGATT", &M::OnAttachment},
+      {"+CSCS", &M::OnCharacterSet},  {"+CLAC", &M::OnListCommands}, {"+WS46", &M::OnNetworkKind},
   };
   return kCommands;
-}
-
-CSimulatedModem::Result CSimulatedModem::OnNumberFlag(const AtCommand& command, bool* flag) {
-  if (!command.values.empty() && command.values != "0" && command.values != "1") return Error();
-  *flag = command.values == "1";
-  return Ok();
-}
-
-CSimulatedModem::Result CSimulatedModem::OnEcho(const AtCommand& command) { return OnNumberFlag(command, &m_bEcho); }
-CSimulatedModem::Result CSimulatedModem::OnQuiet(const AtCommand& command) { return OnNumberFlag(command, &m_bQuiet); }
-
-CSimulatedModem::Result CSimulatedModem::OnVerbose(const AtCommand& command) {
-  return OnNumberFlag(command, &m_bVerbose);
-}
-
-CSimulatedModem::Result CSimulatedModem::OnReset(const AtCommand& command) {
-  if (!command.values.empty() && command.values != "0") return Error();
-  ResetSettings();
-  HandOver();
-  return Ok();
-}
-
-/// Lines, speakers and calls that this modem does not have: any number will do.
-CSimulatedModem::Result CSimulatedModem::OnIgnored(const AtCommand&) { return Ok(); }
-
-CSimulatedModem::Result CSimulatedModem::OnHangUpCall(const AtCommand& command) {
-  if (command.form == AtCommand::Form::Test) return Ok();
-  m_strCaller.clear();
-  return Ok();
-}
-
-void CSimulatedModem::ResetRegisters() {
-  for (const RegisterRange& range : kRegisters) m_registers[range.place] = range.initial;
-}
-
-/// The settings of the dialogue; a second profile and stored ones do not exist.
-CSimulatedModem::Result CSimulatedModem::OnShowSettings(const AtCommand& command) {
-  if (!command.values.empty() && command.values != "0") return Error();
-  std::string text =
-      std::string("E") + (m_bEcho ? "1" : "0") + " Q" + (m_bQuiet ? "1" : "0") + " V" + (m_bVerbose ? "1" : "0");
-  for (const RegisterRange& range : kRegisters) {
-    text += " S" + std::to_string(range.place) + ':' + ThreeDigits(m_registers[range.place]);
-  }
-  Inform(text);
-  return Ok();
 }
 
 /// 3GPP TS 27.007, 8.37.
@@ -171,21 +71,6 @@ CSimulatedModem::Result CSimulatedModem::OnNetworkKind(const AtCommand& command)
     return Ok();
   }
   return command.values.empty() || command.values == kind ? Ok() : Cme(kCmeIncorrectParameters);
-}
-
-CSimulatedModem::Result CSimulatedModem::OnRegister(const AtCommand& command) {
-  std::size_t place = 0;
-  std::from_chars(command.name.data() + 1, command.name.data() + command.name.size(), place);
-  if (command.form == AtCommand::Form::Read) {
-    Inform(ThreeDigits(m_registers[place]));
-    return Ok();
-  }
-  const RegisterRange& range = *std::find_if(std::begin(kRegisters), std::end(kRegisters),
-                                             [place](const RegisterRange& row) { return row.place == place; });
-  int value = range.initial;
-  if (!CValues(command.values, 1).Number(0, range.lowest, range.highest, &value)) return Error();
-  m_registers[place] = value;
-  return Ok();
 }
 
 /// An execute command that only tells something; its test form is answered with OK alone.

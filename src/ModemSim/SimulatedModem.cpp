@@ -233,9 +233,9 @@ bool CSimulatedModem::Lacks(const std::string& command) const {
   return std::find(lacks.begin(), lacks.end(), command) != lacks.end();
 }
 
-std::array<const std::vector<CSimulatedModem::Entry>*, 6> CSimulatedModem::Tables() {
-  return {&GeneralCommands(), &LineCommands(),    &ProfileCommands(),
-          &CardCommands(),    &ServiceCommands(), &MessageCommands()};
+std::array<const std::vector<CSimulatedModem::Entry>*, 7> CSimulatedModem::Tables() {
+  return {&BasicCommands(), &GeneralCommands(), &LineCommands(),   &ProfileCommands(),
+          &CardCommands(),  &ServiceCommands(), &MessageCommands()};
 }
 
 CSimulatedModem::Result CSimulatedModem::Execute(const AtCommand& command) {

@@ -196,7 +196,7 @@ private:
   int LatencyOf(const std::string& command) const;
   void Put(const std::string& bytes);
   Result Execute(const AtCommand& command);
-  static std::array<const std::vector<Entry>*, 6> Tables();
+  static std::array<const std::vector<Entry>*, 7> Tables();
   static const std::vector<NumberEntry>& NumberCommands();
   bool Lacks(const std::string& command) const;
   bool FindNumber(const AtCommand& command, Result* out);
@@ -213,8 +213,8 @@ private:
   std::string LineEnd() const;
   void ResetSettings();
 
-  // ITU-T V.250 and 3GPP TS 27.007: GeneralCommands.cpp
-  static const std::vector<Entry>& GeneralCommands();
+  // ITU-T V.250: BasicCommands.cpp
+  static const std::vector<Entry>& BasicCommands();
   Result OnNumberFlag(const AtCommand& command, bool* flag);
   Result OnEcho(const AtCommand& command);
   Result OnQuiet(const AtCommand& command);
@@ -224,9 +224,12 @@ private:
   Result OnHangUpCall(const AtCommand& command);
   Result OnRegister(const AtCommand& command);
   Result OnShowSettings(const AtCommand& command);
+  void ResetRegisters();
+
+  // 3GPP TS 27.007: GeneralCommands.cpp
+  static const std::vector<Entry>& GeneralCommands();
   Result OnListCommands(const AtCommand& command);
   Result OnNetworkKind(const AtCommand& command);
-  void ResetRegisters();
   Result OnIdentity(const AtCommand& command);
   Result OnSerialNumber(const AtCommand& command);
   Result OnCapabilities(const AtCommand& command);
