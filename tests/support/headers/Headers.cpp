@@ -1,0 +1,1 @@
+// Has the headers that every test program needs compiled once.
