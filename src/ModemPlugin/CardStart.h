@@ -9,7 +9,8 @@ namespace modem {
 
 /// Asks for the card's state and numbers. A card that waits for its PIN gets the one of the settings, once: a PIN that
 /// was tried and not accepted is never tried again on that card, also not by a later start; one whose verdict was lost
-/// is when the card tells that all tries are left. What keeps the card closed is said in the trace. A card that waits for its PUK is left alone.
+/// is tried once more when the card tells that all tries are left. What keeps the card closed is said in the trace. A
+/// card that waits for its PUK is left alone.
 /// @param profile  may be null.
 void AskCard(CQuestions& questions, const ModemProfile* profile, ModemFacts& facts);
 
