@@ -156,6 +156,7 @@ CSMSServiceImpl::~CSMSServiceImpl() {
     { const CISAPUGuard<JMutex> lastEvent(m_OnDeviceMgrEvent); }
     EndThreads();
     { const CISAPUGuard<JMutex> lastWait(m_MutexAwaitDirect); }
+    StoreLeftDirect();
     DeleteStores();
     m_bExitReceving = true;
     const CISAPUGuard<JMutex> guard(m_MutexCallback);

@@ -196,6 +196,7 @@ private:
   bool StoreAndDelete(const SNewSmsNotifyType& stNotice, CSMSRecordImpl& record);
   bool HandOverMms(const SMReadRecord& stRecord);
   void TakeDirect();
+  void StoreLeftDirect();
   void HandleDirect(const SMReadRecord& stRecord);
   void AnnounceMoved();
   void WatchFullness(int& iIdle);

@@ -22,6 +22,12 @@ const unsigned int kIdleMs = 200;
 const unsigned int kWithoutClientsMs = 100;
 const int kKeepOnDevice = 0;  // receive mode
 
+template <class Queue>
+bool QueueIsEmpty(JMutex& lock, const Queue& queue) {
+  const CISAPUGuard<JMutex> guard(lock);
+  return queue.empty();
+}
+
 }  // namespace
 
 /// Holds the read lock from its construction until Release() or the end of the scope.
@@ -95,14 +101,7 @@ unsigned int CSMSServiceImpl::ReceivePass(int& iIdle) {
 }
 
 bool CSMSServiceImpl::QueuesAreEmpty() {
-  {
-    const CISAPUGuard<JMutex> guard(m_MutexNewMsgHandle);
-    if (!m_lstNewMsgHandle.empty()) {
-      return false;
-    }
-  }
-  const CISAPUGuard<JMutex> guard(m_MutexNewMsg);
-  return m_lstNewMsg.empty();
+  return QueueIsEmpty(m_MutexNewMsgHandle, m_lstNewMsgHandle) && QueueIsEmpty(m_MutexNewMsg, m_lstNewMsg);
 }
 
 // --- stored-message notices ------------------------------------------------------------------------------------------
@@ -274,6 +273,16 @@ void CSMSServiceImpl::TakeDirect() {
   std::list<SMReadRecord> taken;
   taken.splice(taken.begin(), m_lstNewMsg, m_lstNewMsg.begin());
   HandleDirect(taken.front());
+}
+
+/// At the end: what waited for a client in vain. For the network it has arrived, and it is nowhere else.
+void CSMSServiceImpl::StoreLeftDirect() {
+  while (!QueueIsEmpty(m_MutexNewMsg, m_lstNewMsg)) {
+    try {
+      TakeDirect();
+    }
+    SMS_LET_CANCELLATION_PASS catch (...) { ServiceTrace("SaveMsg error"); }
+  }
 }
 
 void CSMSServiceImpl::HandleDirect(const SMReadRecord& stRecord) {

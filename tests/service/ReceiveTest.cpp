@@ -278,6 +278,17 @@ TEST_F(Receiving, KeepsADirectMessageUntilTheTransactionOfAClientEnds) {
   EXPECT_EQ(1, m_client.Count("OnNewMessage id=1 number=111 content=patient"));
 }
 
+TEST_F(Receiving, StoresAtItsEndTheDirectMessagesThatWaitedForAClientInVain) {
+  StartLocal();
+  Direct(MakeReadRecord("+491701234567", u"first"));
+  Direct(Flash());
+  Direct(MakeReadRecord("+491701234567", u"second"));
+  EXPECT_EQ(std::vector<std::string>(), Stored());
+  Stop();
+  StartLocal();
+  EXPECT_EQ((std::vector<std::string>{"1 +491701234567 first 1", "1 +491701234567 second 1"}), Stored());
+}
+
 TEST_F(Receiving, GoesOnAfterAClientThatThrowsAndDoesNotRepeatTheMessage) {
   ASSERT_TRUE(StartIdle());
   m_client.SetHook([](const std::string& line) {
