@@ -5,4 +5,5 @@ set -eu
 cd "$(dirname "$0")"
 tools/setup.sh
 tools/build.sh release
-ctest --test-dir build/release --output-on-failure --no-tests=error -j "$(nproc)" "$@"
+# twice as many as processors: most tests wait for an event or for the disk
+ctest --test-dir build/release --output-on-failure --no-tests=error -j "$((2 * $(nproc)))" "$@"

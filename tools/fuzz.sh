@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Runs every fuzz target for some time, two at once, each from its corpus in fuzz/corpus. What a target reaches anew is
-# kept in build/fuzz/corpus, an input that breaks its property in build/fuzz/finds; a find belongs into fuzz/corpus.
+# Runs every fuzz target for some time, two a processor at once, each from its corpus in fuzz/corpus. What a target
+# reaches anew is kept in build/fuzz/corpus, an input that breaks its property in build/fuzz/finds; a find belongs into
+# fuzz/corpus.
 #
 # usage: fuzz.sh [SECONDS [TARGET...]]     60 seconds and every target unless said otherwise
 set -eu
@@ -9,7 +10,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:-60}
 [ $# -eq 0 ] || shift
 memory_mb=2048
-at_once=2
+at_once=$((2 * $(nproc)))
 
 has_fuzzer() {
   echo 'extern "C" int LLVMFuzzerTestOneInput(const unsigned char*, unsigned long) { return 0; }' |
