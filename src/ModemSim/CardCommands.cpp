@@ -3,6 +3,7 @@
 #include "SimulatedModem.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace modem_sim {
 namespace {
@@ -22,6 +23,35 @@ PhonebookEntry EntryOf(const std::string& number, int type) {
   return entry;
 }
 
+/// Transparent files (3GPP TS 31.102, 4.2).
+struct CardFile {
+  int id;
+  const char* octets;  // hexadecimal
+  bool beforePin;      // may be read on a locked card
+};
+const CardFile kCardFiles[] = {{0x2FE2, "989400010000000010F7", true},  // kCardNumber
+                               {0x6F07, "080910101032547698", false}};  // the subscriber's number
+
+const int kReadBinary = 176;
+
+// SW1 and SW2 (ETSI TS 102 221, 10.2.1)
+const char kDone[] = "144,0";
+const char kWrongLength[] = "103,0";
+const char kNoRight[] = "105,130";
+const char kNoFile[] = "106,130";
+
+/// What the card answers: the octets from there on, as many as are asked for; 0: all.
+std::string FileAnswer(int command, int id, bool ready, std::size_t from, std::size_t octets) {
+  const auto* const file =
+      std::find_if(std::begin(kCardFiles), std::end(kCardFiles), [id](const CardFile& row) { return row.id == id; });
+  if (file == std::end(kCardFiles)) return kNoFile;
+  if (command != kReadBinary || (!ready && !file->beforePin)) return kNoRight;
+  const std::string content = file->octets;
+  const std::size_t size = content.size() / 2;
+  if (from > size || octets > size - from) return kWrongLength;
+  return kDone + (',' + Quoted(content.substr(2 * from, octets == 0 ? std::string::npos : 2 * octets)));
+}
+
 bool IsDiallable(const std::string& number) {
   return number.size() <= CPhonebook::kNumberLength && number.find_first_not_of("0123456789*#ABC") == std::string::npos;
 }
@@ -33,7 +63,7 @@ const std::vector<CSimulatedModem::Entry>& CSimulatedModem::CardCommands() {
   static const std::vector<Entry> kCommands = {
       {"+CLCK", &M::OnLock},          {"+CPWD", &M::OnPassword},       {"+CCID", &M::OnCardNumber},
       {"+ICCID", &M::OnCardNumber},   {"+CPBS", &M::OnPhonebook},      {"+CPBR", &M::OnReadPhonebook},
-      {"+CPBF", &M::OnFindPhonebook}, {"+CPBW", &M::OnWritePhonebook},
+      {"+CPBF", &M::OnFindPhonebook}, {"+CPBW", &M::OnWritePhonebook}, {"+CRSM", &M::OnCardFile},
   };
   return kCommands;
 }
@@ -103,6 +133,27 @@ CSimulatedModem::Result CSimulatedModem::OnPassword(const AtCommand& command) {
 CSimulatedModem::Result CSimulatedModem::OnCardNumber(const AtCommand& command) {
   if (command.form == AtCommand::Form::Execute && m_card == CardState::Absent) return CardLocked();
   return Inform(command, command.name + ": " + kCardNumber);
+}
+
+/// Reading as programs do that look for the card's numbers (3GPP TS 27.007, 8.18); there are no other files, and
+/// nothing can be written.
+CSimulatedModem::Result CSimulatedModem::OnCardFile(const AtCommand& command) {
+  if (command.form == AtCommand::Form::Test) return Ok();
+  if (m_card == CardState::Absent || m_card == CardState::Busy) return CardLocked();
+  const CValues values(command.values, 7);
+  int action = 0;
+  int id = 0;
+  int high = 0;
+  int low = 0;
+  int octets = 0;
+  if (command.form != AtCommand::Form::Set || !values.Valid() || !values.Given(0) ||
+      !values.Number(0, kReadBinary, 255, &action) || !values.Number(1, 0, 0xFFFF, &id) ||
+      !values.Number(2, 0, 255, &high) || !values.Number(3, 0, 255, &low) || !values.Number(4, 0, 255, &octets)) {
+    return Cme(kCmeIncorrectParameters);
+  }
+  const std::size_t from = static_cast<std::size_t>(high) * 256 + static_cast<std::size_t>(low);
+  Inform("+CRSM: " + FileAnswer(action, id, CardReady(), from, static_cast<std::size_t>(octets)));
+  return Ok();
 }
 
 /// SM: written by the computer. ON: the own number, read only.

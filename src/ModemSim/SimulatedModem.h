@@ -266,6 +266,7 @@ private:
   Result OnLock(const AtCommand& command);
   Result OnPassword(const AtCommand& command);
   Result OnCardNumber(const AtCommand& command);
+  Result OnCardFile(const AtCommand& command);
   Result OnPhonebook(const AtCommand& command);
   Result OnReadPhonebook(const AtCommand& command);
   Result OnFindPhonebook(const AtCommand& command);
