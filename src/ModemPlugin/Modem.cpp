@@ -210,7 +210,7 @@ void CModem::OnLost(Connection& connection) {
   {
     const std::lock_guard<std::mutex> guard(m_lock);
     connection.bGone = true;
-    if (!m_bAvailable.exchange(false)) {
+    if (m_pConnection.get() != &connection || !m_bAvailable.exchange(false)) {
       return;
     }
     m_facts.sim = SIM_STATE_NONE;
@@ -240,7 +240,9 @@ AtReply CModem::Converse(const std::function<AtReply(CAtDialogue&)>& say) {
   reply.final = AtReply::Final::kLineGone;
   if (connection && m_bAvailable) {
     reply = say(connection->dialogue);
-    if (connection->dialogue.HasRestarted()) {
+    if (reply.final == AtReply::Final::kLineGone) {  // also when the reader has not noticed it yet
+      OnLost(*connection);
+    } else if (connection->dialogue.HasRestarted()) {
       m_hWork.SetEvent();
     }
   }

@@ -270,6 +270,18 @@ TEST_F(Driver, RefusesToQueueAPartWhileTheModemIsGone) {
   EXPECT_NE(0u, result);
 }
 
+TEST_F(Driver, IsGoneAtTheVerdictOfAPartThatCouldNotBeWritten) {
+  ASSERT_TRUE(Start());
+  m_script.Block(true);
+  EXPECT_TRUE(Send());
+  EXPECT_TRUE(m_sink.Await("20407 500"));
+  EXPECT_FALSE(m_modem.IsAvailable());
+  m_script.Block(false);
+  ASSERT_TRUE(m_sink.Await("8"));
+  ASSERT_TRUE(Send());
+  EXPECT_TRUE(m_sink.Await("20407 0"));
+}
+
 TEST_F(Driver, AnnouncesTheModemThatIsBack) {
   ASSERT_TRUE(Start());
   m_script.HangUp();

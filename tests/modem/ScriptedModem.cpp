@@ -15,7 +15,8 @@ public:
 
   bool Read(std::string& bytes) override {
     const int kForever = 24 * 3600 * 1000;
-    m_modem.m_monitor.Await([this] { return IsGoneLocked() || !m_modem.m_strToHost.empty(); }, kForever);
+    m_modem.m_monitor.Await([this] { return (IsGoneLocked() && !m_modem.m_bBlocked) || !m_modem.m_strToHost.empty(); },
+                            kForever);
     return m_modem.m_monitor.Locked([&] {
       if (m_modem.m_strToHost.empty() || m_modem.m_iLine != m_iLine) {
         return false;
@@ -26,7 +27,7 @@ public:
     });
   }
   bool Write(const std::string& bytes) override {
-    if (m_modem.m_monitor.Peek([this] { return IsGoneLocked(); })) {
+    if (m_modem.m_monitor.Peek([this] { return IsGoneLocked() || m_modem.m_bBlocked; })) {
       return false;
     }
     m_modem.Take(bytes);
@@ -90,6 +91,10 @@ void CScriptedModem::Say(const std::string& bytes) {
 
 void CScriptedModem::HangUp() {
   m_monitor.Locked([this] { m_bGone = true; });
+}
+
+void CScriptedModem::Block(bool bBlocked) {
+  m_monitor.Locked([&] { m_bBlocked = bBlocked; });
 }
 
 void CScriptedModem::SetPresent(bool bPresent) {

@@ -29,6 +29,8 @@ public:
   void Say(const std::string& bytes);
   /// The line is gone.
   void HangUp();
+  /// Writing fails, and reading does not notice that the line is closed; or that is over.
+  void Block(bool bBlocked);
   /// Open() fails from now on, or works again.
   void SetPresent(bool bPresent);
 
@@ -51,6 +53,7 @@ private:
   std::string m_strPending;  // of the host, without an end yet
   std::string m_strToHost;
   bool m_bGone = false;
+  bool m_bBlocked = false;
   bool m_bPresent = true;
   int m_iLine = 0;  // counts the lines opened: an old one is gone
 };
