@@ -371,11 +371,12 @@ TEST(DriverReturn, TellsOnceThatAModemWhichIsThereIsRefused) {
   public:
     void TestBody() override {}
     void Play(JManualClock& manual) {
+      const int kLookMs = 200;  // long beside what a start takes: else time goes on in the middle of one
       ASSERT_TRUE(Start());
       m_script.Answer("AT+CMGF=0", "\r\nERROR\r\n");
       m_script.HangUp();
       for (int tries = 1; tries <= 5; ++tries) {
-        for (int second = 0; second < 100 && !m_script.AwaitCommand("AT+CMGF=0", 1 + tries, 20); ++second) {
+        for (int second = 0; second < 100 && !m_script.AwaitCommand("AT+CMGF=0", 1 + tries, kLookMs); ++second) {
           manual.Advance(1000);
         }
         ASSERT_EQ(1 + tries, m_script.Count("AT+CMGF=0"));
@@ -383,7 +384,7 @@ TEST(DriverReturn, TellsOnceThatAModemWhichIsThereIsRefused) {
         EXPECT_TRUE(tries > 2 || Count("6601") == 0) << "after " << tries;
       }
       m_script.Answer("AT+CMGF=0", "\r\nOK\r\n");
-      for (int second = 0; second < 100 && !m_sink.Await("20408", 1, 20); ++second) {
+      for (int second = 0; second < 100 && !m_sink.Await("20408", 1, kLookMs); ++second) {
         manual.Advance(1000);
       }
       EXPECT_EQ((std::vector<std::string>{"9", "6601", "8", "6", "4 2", "20408"}), m_sink.Lines());
